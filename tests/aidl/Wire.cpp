@@ -1,0 +1,67 @@
+#include "Wire.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace aidl::vendor::tavix::tps::test {
+
+namespace {
+
+template <typename T>
+void append(std::vector<uint8_t>* bytes, T value) {
+    uint8_t raw[sizeof(T)];
+    std::memcpy(raw, &value, sizeof(T));
+    bytes->insert(bytes->end(), raw, raw + sizeof(T));
+}
+
+}  // namespace
+
+Wire& Wire::i32(int32_t value) {
+    append(&mBytes, value);
+    return *this;
+}
+
+Wire& Wire::i64(int64_t value) {
+    append(&mBytes, value);
+    return *this;
+}
+
+Wire& Wire::f32(float value) {
+    append(&mBytes, value);
+    return *this;
+}
+
+Wire& Wire::str(std::string_view ascii) {
+    i32(static_cast<int32_t>(ascii.size()));
+    for (char c : ascii) append(&mBytes, static_cast<uint16_t>(c));
+    append(&mBytes, uint16_t{0});
+    while (mBytes.size() % 4 != 0) mBytes.push_back(0);
+    return *this;
+}
+
+Wire& Wire::token(std::string_view descriptor) {
+    return i32(static_cast<int32_t>(0x80000000u)).i32(-1).i32(0x53595354).str(descriptor);
+}
+
+Wire& Wire::exception(int32_t code, std::string_view message) {
+    return i32(code).str(message).i32(0);
+}
+
+std::vector<uint8_t> parcelBytes(const AParcel* parcel) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
+    if (AParcel_marshal(parcel, bytes.data(), 0, bytes.size()) != STATUS_OK) return {};
+    return bytes;
+}
+
+std::string hex(const std::vector<uint8_t>& bytes) {
+    std::string text;
+    char digits[3];
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (i != 0 && i % 4 == 0) text += ' ';
+        std::snprintf(digits, sizeof(digits), "%02x", bytes[i]);
+        text += digits;
+    }
+    return text;
+}
+
+}  // namespace aidl::vendor::tavix::tps::test
