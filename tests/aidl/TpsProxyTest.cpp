@@ -111,7 +111,7 @@ TEST_F(TpsProxyTest, NullCallbackIsSentAsANullBinderObject) {
 }
 
 TEST_F(TpsProxyTest, ResultsAreReadAfterAnOkHeader) {
-    mAnswer = [](transaction_code_t code, const AParcel*, AParcel* reply) {
+    mAnswer = [](transaction_code_t code, const AParcel*, AParcel* reply) -> binder_status_t {
         switch (code) {
             case 1:
                 return answer(reply, Wire().ok().i32(3).f32(1.5f).f32(-2.0f).f32(255.0f));
