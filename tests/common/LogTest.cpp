@@ -1,0 +1,199 @@
+#define LOG_TAG "LogTest"
+
+#include <android/log.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <log/log.h>
+#include <unistd.h>
+
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "LogCapture.h"
+#include "TpsLog.h"
+
+namespace tps::test {
+namespace {
+
+// Runs `body` with stderr redirected to a file and returns what was written.
+template <typename Body>
+std::string captureStderr(Body body) {
+    char path[] = "/tmp/tps-stderr-XXXXXX";
+    int fd = mkstemp(path);
+    EXPECT_GE(fd, 0);
+    fflush(stderr);
+    int saved = dup(STDERR_FILENO);
+    dup2(fd, STDERR_FILENO);
+    body();
+    dup2(saved, STDERR_FILENO);
+    close(saved);
+    std::string out;
+    char buf[4096];
+    lseek(fd, 0, SEEK_SET);
+    ssize_t n;
+    while ((n = read(fd, buf, sizeof(buf))) > 0) out.append(buf, static_cast<size_t>(n));
+    close(fd);
+    unlink(path);
+    return out;
+}
+
+TEST(LogOutput, DefaultLoggerWritesThreadtimeLinesPerMessageLine) {
+    std::string out = captureStderr([] {
+        __android_log_print(ANDROID_LOG_WARN, "Tag", "two %s\nlines", "short");
+        __android_log_write(ANDROID_LOG_ERROR, "AVeryLongTagName", "x");
+    });
+    std::regex line(R"(\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ ([VDIWEF]) (.{8,}?): (.*))");
+    std::vector<std::smatch> lines;
+    std::vector<std::string> texts;
+    size_t start = 0;
+    while (start < out.size()) {
+        size_t end = out.find('\n', start);
+        ASSERT_NE(std::string::npos, end) << "unterminated line in:\n" << out;
+        texts.push_back(out.substr(start, end - start));
+        start = end + 1;
+    }
+    ASSERT_EQ(3u, texts.size()) << out;
+    std::smatch m;
+    ASSERT_TRUE(std::regex_match(texts[0], m, line)) << texts[0];
+    EXPECT_EQ("W", m[1]);
+    EXPECT_EQ("Tag     ", m[2]);
+    EXPECT_EQ("two short", m[3]);
+    ASSERT_TRUE(std::regex_match(texts[1], m, line)) << texts[1];
+    EXPECT_EQ("lines", m[3]);
+    ASSERT_TRUE(std::regex_match(texts[2], m, line)) << texts[2];
+    EXPECT_EQ("E", m[1]);
+    EXPECT_EQ("AVeryLongTagName", m[2]);
+}
+
+TEST(LogOutput, ConcurrentWritersNeverInterleaveWithinALine) {
+    constexpr int kThreads = 4;
+    constexpr int kPerThread = 200;
+    std::string out = captureStderr([] {
+        std::vector<std::thread> threads;
+        for (int t = 0; t < kThreads; ++t) {
+            threads.emplace_back([t] {
+                std::string body(100, static_cast<char>('a' + t));
+                for (int i = 0; i < kPerThread; ++i) {
+                    __android_log_print(ANDROID_LOG_INFO, "Race", "%s", body.c_str());
+                }
+            });
+        }
+        for (auto& thread : threads) thread.join();
+    });
+    std::regex line(R"(.* I Race    : (a{100}|b{100}|c{100}|d{100}))");
+    size_t start = 0;
+    int count = 0;
+    while (start < out.size()) {
+        size_t end = out.find('\n', start);
+        std::string text = out.substr(start, end - start);
+        ASSERT_TRUE(std::regex_match(text, line)) << text;
+        ++count;
+        start = end + 1;
+    }
+    EXPECT_EQ(kThreads * kPerThread, count);
+}
+
+TEST(LogApi, ReturnValuesLoggabilityAndTruncation) {
+    LogCapture log;
+    EXPECT_EQ(1, __android_log_write(ANDROID_LOG_INFO, "T", "m"));
+
+    int32_t old = __android_log_set_minimum_priority(ANDROID_LOG_WARN);
+    EXPECT_EQ(0, __android_log_is_loggable(ANDROID_LOG_INFO, "T", ANDROID_LOG_VERBOSE));
+    EXPECT_LT(__android_log_print(ANDROID_LOG_INFO, "T", "dropped"), 0);
+    EXPECT_EQ(1, __android_log_print(ANDROID_LOG_ERROR, "T", "kept"));
+    __android_log_set_minimum_priority(old);
+
+    // Formatted messages are cut to the device's 1024-byte buffer; plain writes are not.
+    std::string longText(3000, 'x');
+    __android_log_print(ANDROID_LOG_INFO, "T", "%s", longText.c_str());
+    __android_log_write(ANDROID_LOG_INFO, "T", longText.c_str());
+
+    auto lines = log.lines();
+    ASSERT_EQ(4u, lines.size()) << log.dump();
+    EXPECT_EQ("kept", lines[1].text);
+    EXPECT_EQ(1023u, lines[2].text.size());
+    EXPECT_EQ(3000u, lines[3].text.size());
+}
+
+TEST(LogApi, NullTagFallsBackToDefaultTag) {
+    LogCapture log;
+    __android_log_set_default_tag("fallback");
+    __android_log_write(ANDROID_LOG_INFO, nullptr, "m");
+    __android_log_set_default_tag(nullptr);
+    EXPECT_TRUE(log.has(ANDROID_LOG_INFO, "fallback", "m"));
+}
+
+TEST(LogApi, MacrosUseLogTagAndVerboseFollowsNdebug) {
+    LogCapture log;
+    ALOGE("e%d", 1);
+    ALOGW("w");
+    ALOGI("i");
+    ALOGD("d");
+    int evaluated = 0;
+    ALOGV("v%d", ++evaluated);
+    EXPECT_TRUE(log.has(ANDROID_LOG_ERROR, "LogTest", "e1"));
+    EXPECT_TRUE(log.has(ANDROID_LOG_WARN, "LogTest", "w"));
+    EXPECT_TRUE(log.has(ANDROID_LOG_INFO, "LogTest", "i"));
+    EXPECT_TRUE(log.has(ANDROID_LOG_DEBUG, "LogTest", "d"));
+#if LOG_NDEBUG
+    EXPECT_EQ(0, evaluated);
+    EXPECT_EQ(4u, log.lines().size());
+#else
+    EXPECT_TRUE(log.has(ANDROID_LOG_VERBOSE, "LogTest", "v1"));
+#endif
+}
+
+TEST(LogApi, AssertLogsFatalAndCallsAborter) {
+    EXPECT_DEATH(
+            {
+                __android_log_set_logger(__android_log_stderr_logger);
+                LOG_ALWAYS_FATAL_IF(1 + 1 == 2, "broken %d", 7);
+            },
+            "F LogTest *: broken 7");
+}
+
+class TpsLogLevels : public LoggingTest {
+protected:
+    void logAll() {
+        TPS_LOGV("v");
+        TPS_LOGD("d");
+        TPS_LOGI("i");
+        TPS_LOGW("w");
+        TPS_LOGE("e");
+        TPS_LOG_DUMP("dump");
+    }
+    std::string letters() {
+        std::string s;
+        for (const LogLine& line : mLog.lines()) {
+            EXPECT_EQ("LogTest", line.tag);
+            s += line.text + "/" + std::to_string(line.priority) + " ";
+        }
+        mLog.clear();
+        return s;
+    }
+};
+
+TEST_F(TpsLogLevels, LevelIsReadForEveryMessage) {
+    logAll();  // unset property: level 2
+    EXPECT_EQ("d/3 i/4 w/5 e/6 ", letters());
+    mProperties.setLogLevel(0);
+    logAll();
+    EXPECT_EQ("w/5 e/6 ", letters());
+    mProperties.setLogLevel(1);
+    logAll();
+    EXPECT_EQ("i/4 w/5 e/6 ", letters());
+    mProperties.setLogLevel(3);
+    logAll();
+    EXPECT_EQ("v/2 d/3 i/4 w/5 e/6 ", letters());
+    mProperties.setLogLevel(4);
+    logAll();
+    EXPECT_EQ("v/2 d/3 i/4 w/5 e/6 dump/2 ", letters());
+    mProperties.set("persist.vendor.tavix.loglevel", "junk");
+    logAll();
+    EXPECT_EQ("d/3 i/4 w/5 e/6 ", letters());
+}
+
+}  // namespace
+}  // namespace tps::test
