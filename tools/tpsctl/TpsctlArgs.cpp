@@ -156,15 +156,18 @@ bool parseIdList(const std::string& text, std::vector<int32_t>* ids) {
 }
 
 ParseResult parseArguments(const std::vector<std::string>& args) {
-    Options options;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
+    for (const std::string& arg : args) {
         if (arg == "-h" || arg == "--help") {
             ParseResult result;
             result.ok = true;
             result.options.command = Command::kHelp;
             return result;
         }
+    }
+
+    Options options;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
         if (arg == "--timeout") {
             if (i + 1 >= args.size()) return failure("--timeout needs a number of seconds");
             if (!parseSeconds(args[i + 1], &options.timeoutSeconds)) {
