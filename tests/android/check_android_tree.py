@@ -298,11 +298,11 @@ class Checker:
             sources.extend(glob.glob(os.path.join(base, pattern)))
         if versions:
             latest = os.path.join(api_dir, str(versions[-1]))
-            self.compile_aidl(module, base, sources)
+            self.compile_aidl(module, base, sources, check_codes=True)
             self.compile_aidl(module, latest,
                               glob.glob(os.path.join(latest, "**", "*.aidl"), recursive=True))
 
-    def compile_aidl(self, module, include_root, files):
+    def compile_aidl(self, module, include_root, files, check_codes=False):
         """Runs Debian's aidl compiler (NDK output) over the files, annotations it lacks removed."""
         if not files:
             self.fail("aidl", module.path, f"no .aidl files under {include_root}")
@@ -332,6 +332,31 @@ class Checker:
                     where = os.path.relpath(files[copies.index(copy)], self.root)
                     message = (result.stderr or result.stdout).strip().replace(temp, "")
                     self.fail("aidl", where, f"aidl rejects it: {message}")
+            if check_codes:
+                self.check_transaction_codes(compiler, src, copies, files, temp)
+
+    def check_transaction_codes(self, compiler, src, copies, files, temp):
+        """The hand-kept NDK headers number the methods as the compiler orders them."""
+        dump = os.path.join(temp, "dump")
+        result = subprocess.run([compiler, "--dumpapi", "--structured", f"--out={dump}", "-I", src]
+                                + copies, capture_output=True, text=True)
+        if result.returncode != 0:
+            return  # the compile step has reported why
+        for copy, source in zip(copies, files):
+            relative = os.path.relpath(copy, src)
+            header = self.path("aidl", "include", "aidl", relative[:-len(".aidl")] + ".h")
+            if not os.path.isfile(header):
+                continue
+            with open(os.path.join(dump, relative), encoding="utf-8") as handle:
+                methods = re.findall(r"^\s+[\w.<>\[\], ]+?\s(\w+)\(", handle.read(), re.M)
+            with open(header, encoding="utf-8") as handle:
+                declared = dict(re.findall(r"TRANSACTION_(\w+)\s*=\s*FIRST_CALL_TRANSACTION\s*"
+                                           r"\+\s*(\d+)", handle.read()))
+            for index, method in enumerate(methods):
+                if declared.get(method) != str(index):
+                    self.fail("aidl", header, f"TRANSACTION_{method} is "
+                              f"{declared.get(method, 'missing')}, but {method} is method "
+                              f"{index} of {os.path.relpath(source, self.root)}")
 
     # -- identity: descriptor, version, instance --------------------------------------------
 

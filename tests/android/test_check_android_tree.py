@@ -182,6 +182,13 @@ class TreeCheckTest(unittest.TestCase):
             [lambda r: self.edit(r, "aidl/vendor/tavix/tps/ITps.aidl",
                                  "void unregisterProcessor();", "void unregisterProcessor()")],
             r"^\[aidl\] aidl/vendor/tavix/tps/ITps\.aidl: aidl rejects it")
+        self.assertCaught(
+            [lambda r: self.edit(r, "aidl/vendor/tavix/tps/ITpsCallback.aidl",
+                                 "boolean onTavixPrismPlaybackStart();",
+                                 "void onFirst();\n    boolean onTavixPrismPlaybackStart();")],
+            r"^\[aidl\] aidl/include/aidl/vendor/tavix/tps/ITpsCallback\.h: "
+            r"TRANSACTION_onFirst is missing, but onFirst is method 0",
+            r"TRANSACTION_onTavixNotification is 2, but onTavixNotification is method 3")
         snapshot = "aidl/aidl_api/vendor.tavix.tps/1/vendor/tavix/tps/ITpsCallback.aidl"
         self.assertCaught(
             [lambda r: self.edit(r, snapshot, "  void onTavixNotification(in String event);",
