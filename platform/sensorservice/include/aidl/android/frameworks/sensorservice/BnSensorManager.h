@@ -1,0 +1,19 @@
+#pragma once
+
+#include <aidl/android/frameworks/sensorservice/ISensorManager.h>
+#include <android/binder_ibinder.h>
+
+namespace aidl::android::frameworks::sensorservice {
+
+class BnSensorManager : public ::ndk::BnCInterface<ISensorManager> {
+public:
+    BnSensorManager();
+    virtual ~BnSensorManager();
+    ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) final;
+    ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) final;
+
+protected:
+    ::ndk::SpAIBinder createBinder() override;
+};
+
+}  // namespace aidl::android::frameworks::sensorservice

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <aidl/android/hardware/sensors/Event.h>
+#include <android/binder_interface_utils.h>
+#include <android/binder_parcel.h>
+#include <android/binder_status.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#ifdef BINDER_STABILITY_SUPPORT
+#include <android/binder_stability.h>
+#endif  // BINDER_STABILITY_SUPPORT
+
+namespace aidl::android::frameworks::sensorservice {
+
+class IEventQueueCallbackDelegator;
+
+class IEventQueueCallback : public ::ndk::ICInterface {
+public:
+    typedef IEventQueueCallbackDelegator DefaultDelegator;
+    static const char* descriptor;
+    IEventQueueCallback();
+    virtual ~IEventQueueCallback();
+
+    static inline const int32_t version = 1;
+    static inline const std::string hash = "514f08f7a595501066b94e5de878d240b4d49456";
+    static constexpr uint32_t TRANSACTION_onEvent = FIRST_CALL_TRANSACTION + 0;
+    static constexpr uint32_t TRANSACTION_getInterfaceVersion = FIRST_CALL_TRANSACTION + 16777214;
+    static constexpr uint32_t TRANSACTION_getInterfaceHash = FIRST_CALL_TRANSACTION + 16777213;
+
+    static std::shared_ptr<IEventQueueCallback> fromBinder(const ::ndk::SpAIBinder& binder);
+    static binder_status_t writeToParcel(AParcel* parcel,
+                                         const std::shared_ptr<IEventQueueCallback>& instance);
+    static binder_status_t readFromParcel(const AParcel* parcel,
+                                          std::shared_ptr<IEventQueueCallback>* instance);
+    static bool setDefaultImpl(const std::shared_ptr<IEventQueueCallback>& impl);
+    static const std::shared_ptr<IEventQueueCallback>& getDefaultImpl();
+
+    virtual ::ndk::ScopedAStatus onEvent(
+            const ::aidl::android::hardware::sensors::Event& in_event) = 0;
+    virtual ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) = 0;
+    virtual ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) = 0;
+
+private:
+    static std::shared_ptr<IEventQueueCallback> default_impl;
+};
+
+class IEventQueueCallbackDefault : public IEventQueueCallback {
+public:
+    ::ndk::ScopedAStatus onEvent(
+            const ::aidl::android::hardware::sensors::Event& in_event) override;
+    ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) override;
+    ::ndk::SpAIBinder asBinder() override;
+    bool isRemote() override;
+};
+
+}  // namespace aidl::android::frameworks::sensorservice

@@ -1,0 +1,99 @@
+#include <aidl/android/hardware/sensors/SensorType.h>
+
+namespace aidl::android::hardware::sensors {
+
+std::string toString(SensorType val) {
+    switch (val) {
+        case SensorType::META_DATA:
+            return "META_DATA";
+        case SensorType::ACCELEROMETER:
+            return "ACCELEROMETER";
+        case SensorType::MAGNETIC_FIELD:
+            return "MAGNETIC_FIELD";
+        case SensorType::ORIENTATION:
+            return "ORIENTATION";
+        case SensorType::GYROSCOPE:
+            return "GYROSCOPE";
+        case SensorType::LIGHT:
+            return "LIGHT";
+        case SensorType::PRESSURE:
+            return "PRESSURE";
+        case SensorType::PROXIMITY:
+            return "PROXIMITY";
+        case SensorType::GRAVITY:
+            return "GRAVITY";
+        case SensorType::LINEAR_ACCELERATION:
+            return "LINEAR_ACCELERATION";
+        case SensorType::ROTATION_VECTOR:
+            return "ROTATION_VECTOR";
+        case SensorType::RELATIVE_HUMIDITY:
+            return "RELATIVE_HUMIDITY";
+        case SensorType::AMBIENT_TEMPERATURE:
+            return "AMBIENT_TEMPERATURE";
+        case SensorType::MAGNETIC_FIELD_UNCALIBRATED:
+            return "MAGNETIC_FIELD_UNCALIBRATED";
+        case SensorType::GAME_ROTATION_VECTOR:
+            return "GAME_ROTATION_VECTOR";
+        case SensorType::GYROSCOPE_UNCALIBRATED:
+            return "GYROSCOPE_UNCALIBRATED";
+        case SensorType::SIGNIFICANT_MOTION:
+            return "SIGNIFICANT_MOTION";
+        case SensorType::STEP_DETECTOR:
+            return "STEP_DETECTOR";
+        case SensorType::STEP_COUNTER:
+            return "STEP_COUNTER";
+        case SensorType::GEOMAGNETIC_ROTATION_VECTOR:
+            return "GEOMAGNETIC_ROTATION_VECTOR";
+        case SensorType::HEART_RATE:
+            return "HEART_RATE";
+        case SensorType::TILT_DETECTOR:
+            return "TILT_DETECTOR";
+        case SensorType::WAKE_GESTURE:
+            return "WAKE_GESTURE";
+        case SensorType::GLANCE_GESTURE:
+            return "GLANCE_GESTURE";
+        case SensorType::PICK_UP_GESTURE:
+            return "PICK_UP_GESTURE";
+        case SensorType::WRIST_TILT_GESTURE:
+            return "WRIST_TILT_GESTURE";
+        case SensorType::DEVICE_ORIENTATION:
+            return "DEVICE_ORIENTATION";
+        case SensorType::POSE_6DOF:
+            return "POSE_6DOF";
+        case SensorType::STATIONARY_DETECT:
+            return "STATIONARY_DETECT";
+        case SensorType::MOTION_DETECT:
+            return "MOTION_DETECT";
+        case SensorType::HEART_BEAT:
+            return "HEART_BEAT";
+        case SensorType::DYNAMIC_SENSOR_META:
+            return "DYNAMIC_SENSOR_META";
+        case SensorType::ADDITIONAL_INFO:
+            return "ADDITIONAL_INFO";
+        case SensorType::LOW_LATENCY_OFFBODY_DETECT:
+            return "LOW_LATENCY_OFFBODY_DETECT";
+        case SensorType::ACCELEROMETER_UNCALIBRATED:
+            return "ACCELEROMETER_UNCALIBRATED";
+        case SensorType::HINGE_ANGLE:
+            return "HINGE_ANGLE";
+        case SensorType::HEAD_TRACKER:
+            return "HEAD_TRACKER";
+        case SensorType::ACCELEROMETER_LIMITED_AXES:
+            return "ACCELEROMETER_LIMITED_AXES";
+        case SensorType::GYROSCOPE_LIMITED_AXES:
+            return "GYROSCOPE_LIMITED_AXES";
+        case SensorType::ACCELEROMETER_LIMITED_AXES_UNCALIBRATED:
+            return "ACCELEROMETER_LIMITED_AXES_UNCALIBRATED";
+        case SensorType::GYROSCOPE_LIMITED_AXES_UNCALIBRATED:
+            return "GYROSCOPE_LIMITED_AXES_UNCALIBRATED";
+        case SensorType::HEADING:
+            return "HEADING";
+        case SensorType::MOISTURE_INTRUSION:
+            return "MOISTURE_INTRUSION";
+        case SensorType::DEVICE_PRIVATE_BASE:
+            return "DEVICE_PRIVATE_BASE";
+    }
+    return std::to_string(static_cast<int32_t>(val));
+}
+
+}  // namespace aidl::android::hardware::sensors
