@@ -3,7 +3,6 @@
 #include <sys/system_properties.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "TavixTpsParameter.h"
@@ -22,37 +21,6 @@ bool inUnsignedRange(int32_t value, uint32_t max) {
 bool inUnsignedRange(int64_t value, uint64_t max) {
     return static_cast<uint64_t>(value) <= max;
 }
-
-// Collects the pairs of a getParameters reply. The text form comes from TavixTpsParameter so that
-// the reply is written exactly as the parameter set writes any other.
-class ReplyBuilder {
-public:
-    void addInt(const char* key, int32_t value) { mText.emplace_back(key, std::to_string(value)); }
-    void addFloat(const char* key, float value) { mText.emplace_back(key, std::to_string(value)); }
-    void addList(const char* key, const std::vector<int32_t>& values) {
-        mText.emplace_back(key, "");
-        mLists.emplace_back(key, values);
-    }
-
-    std::string build() const {
-        // An empty parameter set cannot be built from text without a parse error in the log.
-        if (mText.empty()) return "";
-        std::string text;
-        for (const auto& [key, value] : mText) {
-            if (!text.empty()) text += ';';
-            text += key + "=" + value;
-        }
-        TavixTpsParameter reply(text);
-        for (const auto& [key, values] : mLists) {
-            reply.add<int>(key, std::vector<int>(values.begin(), values.end()));
-        }
-        return reply.toString();
-    }
-
-private:
-    std::vector<std::pair<std::string, std::string>> mText;
-    std::vector<std::pair<std::string, std::vector<int32_t>>> mLists;
-};
 
 }  // namespace
 
@@ -175,36 +143,38 @@ ndk::ScopedAStatus Tps::getParameters(const std::string& keys, std::string* repl
         snapshot = mStatus;
     }
 
-    ReplyBuilder builder;
+    TavixTpsParameter replyParams;
+    auto addInt = [&](const char* key, int32_t value) {
+        replyParams.add(key, std::to_string(value));
+    };
+    auto addList = [&](const char* key, const std::vector<int32_t>& values) {
+        replyParams.add<int>(key, std::vector<int>(values.begin(), values.end()));
+    };
     if (keys == "all") {
         // The lists are left out of "all" on purpose.
-        builder.addInt("brightness", snapshot.mReportedBrightness);
-        builder.addInt("pqMode", snapshot.mMode);
-        builder.addInt("displayID", snapshot.mDisplayId);
-        builder.addFloat("ambientLux", snapshot.mLux);
-        builder.addInt("displayWidth", snapshot.mDisplayWidth);
-        builder.addInt("displayHeight", snapshot.mDisplayHeight);
+        addInt("brightness", snapshot.mReportedBrightness);
+        addInt("pqMode", snapshot.mMode);
+        addInt("displayID", snapshot.mDisplayId);
+        replyParams.add("ambientLux", std::to_string(snapshot.mLux));
+        addInt("displayWidth", snapshot.mDisplayWidth);
+        addInt("displayHeight", snapshot.mDisplayHeight);
     } else {
         TavixTpsParameter requested(keys);
-        if (requested.containsKey("brightness")) {
-            builder.addInt("brightness", snapshot.mReportedBrightness);
+        if (requested.containsKey("brightness")) addInt("brightness", snapshot.mReportedBrightness);
+        if (requested.containsKey("pqMode")) addInt("pqMode", snapshot.mMode);
+        if (requested.containsKey("displayID")) addInt("displayID", snapshot.mDisplayId);
+        if (requested.containsKey("ambientLux")) {
+            replyParams.add("ambientLux", std::to_string(snapshot.mLux));
         }
-        if (requested.containsKey("pqMode")) builder.addInt("pqMode", snapshot.mMode);
-        if (requested.containsKey("displayID")) builder.addInt("displayID", snapshot.mDisplayId);
-        if (requested.containsKey("ambientLux")) builder.addFloat("ambientLux", snapshot.mLux);
-        if (requested.containsKey("displayWidth")) {
-            builder.addInt("displayWidth", snapshot.mDisplayWidth);
-        }
+        if (requested.containsKey("displayWidth")) addInt("displayWidth", snapshot.mDisplayWidth);
         if (requested.containsKey("displayHeight")) {
-            builder.addInt("displayHeight", snapshot.mDisplayHeight);
+            addInt("displayHeight", snapshot.mDisplayHeight);
         }
-        if (requested.containsKey("pqModes")) builder.addList("pqModes", snapshot.mPqModes);
-        if (requested.containsKey("displayIDs")) {
-            builder.addList("displayIDs", snapshot.mDisplayIDs);
-        }
+        if (requested.containsKey("pqModes")) addList("pqModes", snapshot.mPqModes);
+        if (requested.containsKey("displayIDs")) addList("displayIDs", snapshot.mDisplayIDs);
     }
 
-    *reply = builder.build();
+    *reply = replyParams.toString();
     TPS_LOGV("getParameters: %s", reply->c_str());
     return ndk::ScopedAStatus::ok();
 }
