@@ -92,7 +92,7 @@ private:
     std::mutex mSensorLock;
     std::mutex mCallbackLock;
     bool mHasBrightnessNode = false;  // guarded by mSensorLock
-    tps::AConfigParser mConfigParser;
+    ::tps::AConfigParser mConfigParser;
     int32_t mBluMode = 0;  // written once by the constructor
 };
 

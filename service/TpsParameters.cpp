@@ -14,11 +14,11 @@ namespace aidl::vendor::tavix::tps {
 
 namespace {
 
-// The unsigned range tests reject negative values as well.
-bool inUnsignedRange(int32_t value, uint32_t max) {
+// Unsigned range tests: a negative value fails them as well.
+bool atMost(int32_t value, uint32_t max) {
     return static_cast<uint32_t>(value) <= max;
 }
-bool inUnsignedRange(int64_t value, uint64_t max) {
+bool atMost(int64_t value, uint64_t max) {
     return static_cast<uint64_t>(value) <= max;
 }
 
@@ -53,15 +53,15 @@ ndk::ScopedAStatus Tps::setParameters(const std::string& keyValuePairs) {
     std::vector<int> list;
     int value = 0;
 
-    if (params.get<int>("brightness", value) && inUnsignedRange(value, 255u)) {
+    if (params.get<int>("brightness", value) && atMost(value, 255u)) {
         std::unique_lock<std::shared_mutex> statusLock(mStatusLock);
         mStatus.mBrightness = value;
     }
-    if (params.get<int>("adjustedBrightness", value) && inUnsignedRange(value, 255u)) {
+    if (params.get<int>("adjustedBrightness", value) && atMost(value, 255u)) {
         std::unique_lock<std::shared_mutex> statusLock(mStatusLock);
         mStatus.mAdjustedBrightness = value;
     }
-    if (params.get<int>("pqMode", value) && inUnsignedRange(value, 2u)) {
+    if (params.get<int>("pqMode", value) && atMost(value, 2u)) {
         std::unique_lock<std::shared_mutex> statusLock(mStatusLock);
         mStatus.mMode = value;
         persistMode(value);
@@ -185,13 +185,13 @@ ndk::ScopedAStatus Tps::updateParams(int64_t paramId, int64_t value) {
 
     switch (paramId) {
         case 0:
-            if (inUnsignedRange(value, 255u)) {
+            if (atMost(value, uint64_t{255})) {
                 std::unique_lock<std::shared_mutex> statusLock(mStatusLock);
                 mStatus.mBrightness = static_cast<int32_t>(value);
             }
             break;
         case 2:
-            if (inUnsignedRange(value, 2u)) {
+            if (atMost(value, uint64_t{2})) {
                 {
                     std::unique_lock<std::shared_mutex> statusLock(mStatusLock);
                     mStatus.mMode = static_cast<int32_t>(value);

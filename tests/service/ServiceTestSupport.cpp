@@ -1,5 +1,12 @@
 #include "ServiceTestSupport.h"
 
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "FakeConfigPaths.h"
+
 namespace aidl::vendor::tavix::tps {
 
 int32_t TpsTestPeer::renderCount() {
@@ -101,12 +108,26 @@ void RecordingCallback::setHook(std::function<void(const std::string&)> hook) {
 
 void TpsTest::SetUp() {
     FakeReader::reset();
+    setConfigPath("/nonexistent/tavix_prism.cfg");
     makeService();
     mLog.clear();
 }
 
 void TpsTest::TearDown() {
     mTps.reset();
+    setConfigPath("/nonexistent/tavix_prism.cfg");
+    if (!mConfigDir.empty()) std::filesystem::remove_all(mConfigDir);
+}
+
+void TpsTest::useConfig(const std::string& text) {
+    if (mConfigDir.empty()) {
+        std::string pattern = (std::filesystem::temp_directory_path() / "tps-cfg-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        mConfigDir = pattern;
+    }
+    const std::string path = mConfigDir + "/tavix_prism_clstc.cfg";
+    std::ofstream(path) << text;
+    setConfigPath(path);
 }
 
 std::shared_ptr<Tps> TpsTest::makeService() {

@@ -79,6 +79,8 @@ protected:
     // Builds the service now; tests that need properties in place first call it themselves.
     std::shared_ptr<aidl::vendor::tavix::tps::Tps> makeService();
     std::shared_ptr<RecordingCallback> addClient(const std::string& name = "");
+    // Makes the next service read this configuration file text.
+    void useConfig(const std::string& text);
 
     std::vector<float> status();
     std::string get(const std::string& keys);
@@ -91,6 +93,7 @@ protected:
     ScopedPropertyDir mProperties;
     LogCapture mLog;
     std::shared_ptr<aidl::vendor::tavix::tps::Tps> mTps;
+    std::string mConfigDir;
 };
 
 // Lines of the service's own tag only.

@@ -22,6 +22,27 @@ TEST_F(TpsTest, ConstructionReadsTheModePropertyAsAtoiDoes) {
     }
 }
 
+TEST_F(TpsTest, ConstructionTakesDisplaysAndBluModeFromTheConfiguration) {
+    // No file: no display ids, BLU mode 0.
+    std::vector<int32_t> ids = {42};
+    ASSERT_TRUE(mTps->getDisplayIDs(&ids).isOk());
+    EXPECT_TRUE(ids.empty());
+    EXPECT_EQ(peer().bluMode(), 0);
+
+    useConfig("BLUMode = 2\n[Display]\nDisplayID = 0\n[Display]\nDisplayID = 1\n");
+    makeService();
+    ASSERT_TRUE(mTps->getDisplayIDs(&ids).isOk());
+    EXPECT_EQ(ids, (std::vector<int32_t>{0, 1}));
+    EXPECT_EQ(peer().bluMode(), 2);
+
+    // A file without display sections stands for the default display.
+    useConfig("BLUMode = 1\n");
+    makeService();
+    ASSERT_TRUE(mTps->getDisplayIDs(&ids).isOk());
+    EXPECT_EQ(ids, std::vector<int32_t>{0});
+    EXPECT_EQ(peer().bluMode(), 1);
+}
+
 TEST_F(TpsTest, ConstructionAndDestructionLog) {
     mProperties.setLogLevel(3);
     mProperties.set("persist.vendor.tavixp.mode", "1");
