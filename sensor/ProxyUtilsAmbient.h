@@ -12,6 +12,8 @@ public:
     float Filter(float input) override;
     void setAmbientFilterRise(float rise) { mRise = rise; }
     void setAmbientFilterFall(float fall) { mFall = fall; }
+    // Only tuning tools change the interval; the service keeps the default.
+    void setMinIntervalMs(float intervalMs) { mMinIntervalMs = intervalMs; }
 
 private:
     float mRise = 0.02f;
