@@ -43,11 +43,9 @@ public:
 
     AIBinder* get() const { return mBinder; }
 
-    // For out-parameters such as AParcel_readStrongBinder: the previous value is released.
-    AIBinder** getR() {
-        set(nullptr);
-        return &mBinder;
-    }
+    // Lets a C call fill the pointer in place (e.g. AParcel_readStrongBinder on an empty
+    // SpAIBinder). Whatever the call stores is adopted; a value it overwrites is not released.
+    AIBinder** getR() { return &mBinder; }
 
     bool operator!=(const SpAIBinder& rhs) const { return get() != rhs.get(); }
     bool operator<(const SpAIBinder& rhs) const { return get() < rhs.get(); }
@@ -84,11 +82,9 @@ public:
         return a;
     }
 
-    // For out-parameters: the previous value is destroyed.
-    T* getR() {
-        set(DEFAULT);
-        return &mT;
-    }
+    // Lets a C call replace the handle in place (AIBinder_transact consumes and nulls its
+    // request this way). Whatever the call stores is owned; a value it overwrites is not freed.
+    T* getR() { return &mT; }
 
     bool operator!=(const ScopedAResource& rhs) const { return get() != rhs.get(); }
     bool operator<(const ScopedAResource& rhs) const { return get() < rhs.get(); }
