@@ -79,6 +79,48 @@ class BlueprintReaderTest(unittest.TestCase):
                 self.assertIn(message, str(raised.exception))
 
 
+class CheckerPiecesTest(unittest.TestCase):
+    def test_install_path_follows_partition_and_stem(self):
+        checker = check_android_tree.Checker(ROOT)
+        checker.modules = blueprint.parse("""
+            cc_defaults { name: "d", soc_specific: true }
+            cc_binary { name: "a", defaults: ["d"], relative_install_path: "hw" }
+            cc_binary { name: "b", device_specific: true, stem: "bee" }
+            cc_binary { name: "c", product_specific: true }
+            cc_binary { name: "e" }
+        """)
+        paths = {m.name: checker.install_path(m) for m in checker.modules[1:]}
+        self.assertEqual(paths, {"a": "/vendor/bin/hw/a", "b": "/odm/bin/bee",
+                                 "c": "/product/bin/c", "e": "/system/bin/e"})
+
+    def test_matrix_version_ranges(self):
+        in_range = check_android_tree.Checker.in_range
+        self.assertTrue(in_range(2, "1-3"))
+        self.assertTrue(in_range(1, "1"))
+        self.assertFalse(in_range(1, "2"))
+        self.assertFalse(in_range(4, "1-3"))
+        self.assertFalse(in_range(1, "one"))
+
+    def test_instance_read_from_a_full_literal_or_a_suffix(self):
+        with tempfile.TemporaryDirectory() as root:
+            os.mkdir(os.path.join(root, "service"))
+            main = os.path.join(root, "service", "main.cpp")
+            cases = {
+                'AServiceManager_addService(b, "vendor.x.ITps/main");': "vendor.x.ITps/main",
+                'auto n = std::string(ITps::descriptor) + "/second";\n'
+                'AServiceManager_addService(b, n.c_str());': "vendor.x.ITps/second",
+                '// "vendor.x.ITps/old"\nAServiceManager_addService(b, "vendor.x.ITps/new");':
+                    "vendor.x.ITps/new",
+            }
+            for code, expected in cases.items():
+                with self.subTest(code=code):
+                    with open(main, "w", encoding="utf-8") as handle:
+                        handle.write(code)
+                    checker = check_android_tree.Checker(root)
+                    self.assertEqual(checker.registered_instance("vendor.x.ITps"), expected)
+                    self.assertEqual(checker.problems, [])
+
+
 def _copy_tree(destination):
     def ignore(folder, names):
         return [n for n in names if n in (".git", "out", ".cache") or
@@ -225,6 +267,14 @@ class TreeCheckTest(unittest.TestCase):
         self.assertCaught(
             [lambda r: self.write(r, "service/TpsExtra.cpp", "int x;\n")],
             r"^\[unlisted\] service/TpsExtra\.cpp")
+
+    def test_device_files_must_exist(self):
+        self.assertCaught(
+            [lambda r: os.remove(os.path.join(r, "device", "compatibility_matrix.xml"))],
+            r"^\[vintf\] device: no compatibility matrix declares the interface")
+        self.assertCaught(
+            [lambda r: self.write(r, "platform/Android.bp", 'cc_library { name: "x" }\n')],
+            r"^\[platform\] platform/Android\.bp: Android\.bp inside the host-only platform/")
 
     def test_properties_need_contexts(self):
         self.assertCaught(
