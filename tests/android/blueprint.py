@@ -16,6 +16,7 @@ class BlueprintError(Exception):
         super().__init__(f"{path}:{line}: {message}")
         self.path = path
         self.line = line
+        self.message = message
 
 
 @dataclasses.dataclass

@@ -146,7 +146,7 @@ class Checker:
             try:
                 self.modules.extend(blueprint.parse_file(bp))
             except blueprint.BlueprintError as error:
-                self.fail("blueprint", bp, f"line {error.line}: {error}")
+                self.fail("blueprint", bp, f"line {error.line}: {error.message}")
         names = {}
         for module in self.modules:
             if module.name is None:
