@@ -1,0 +1,302 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "FakeClock.h"
+#include "LogCapture.h"
+#include "ProxyUtilsAmbient.h"
+#include "ProxyUtilsBacklight.h"
+#include "TpSensorReader.h"
+#include "reader_FakeLightSensorManager.h"
+#include "reader_TestNodes.h"
+
+namespace tps::test {
+namespace {
+
+constexpr char kTag[] = "TavixSensorReader";
+using Calls = std::vector<std::string>;
+
+const Calls kStartCalls = {"createLightSensor", "createEventQueue", "enableSensor"};
+
+class SensorReader : public LoggingTest {
+protected:
+    void SetUp() override {
+        FakeLightSensor::reset();
+        clearTestNodes();
+        setFakeClockNs(0);
+    }
+    Calls calls() { return FakeLightSensor::snapshot().calls; }
+    std::string format(const char* fmt, const std::string& arg) {
+        char buf[512];
+        snprintf(buf, sizeof(buf), fmt, arg.c_str());
+        return buf;
+    }
+};
+
+class NodeSelection : public SensorReader {};
+
+TEST_F(NodeSelection, NoNodesAtAll) {
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    EXPECT_TRUE(mLog.hasNoneContaining("use node group"));
+    for (int display : {0, 1, -1}) {
+        EXPECT_FALSE(reader.checkBrightnessDriverNode(display));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
+                                 "The brightness node of " + std::to_string(display) +
+                                         " display isn't configured."));
+    }
+    mLog.clear();
+    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
+    EXPECT_EQ(0u, mLog.lines().size()) << mLog.dump();  // nothing was opened
+}
+
+TEST_F(NodeSelection, LedGroupWhenOnlyItExists) {
+    writeNode("leds/lcd/brightness", "100");
+    writeNode("leds/lcd/max_brightness", "200");
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "use node group 1"));
+    EXPECT_TRUE(reader.checkBrightnessDriverNode(0));
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_DEBUG, kTag,
+                             "found " + nodePath("leds/lcd/brightness") + " for brightness file"));
+    EXPECT_FALSE(reader.checkBrightnessDriverNode(1));
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
+                             "The brightness node of 1 display isn't configured."));
+    EXPECT_EQ(100.0f * 255.0f / 200.0f, reader.getBrightnessVal(false));
+}
+
+TEST_F(NodeSelection, PanelGroupWinsAndDisplaysAreChecked) {
+    writeNode("backlight/panel0/brightness", "10");
+    writeNode("backlight/panel0/max_brightness", "100");
+    writeNode("leds/lcd/brightness", "100");
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "use node group 0"));
+    // Before any display is checked, display 0 is read against display 0's maximum.
+    EXPECT_EQ(10.0f * 255.0f / 100.0f, reader.getBrightnessVal(false));
+
+    EXPECT_FALSE(reader.checkBrightnessDriverNode(1));
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
+                             "The brightness node of 1 display can't be opened."));
+    EXPECT_FALSE(reader.checkBrightnessDriverNode(2));
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
+                             "The brightness node of 2 display isn't configured."));
+
+    writeNode("backlight/panel1/brightness", "512");
+    writeNode("backlight/panel1/max_brightness", "1023");
+    EXPECT_TRUE(reader.checkBrightnessDriverNode(1));
+    float expected = 512.0f * 255.0f / 1023.0f;  // 127.62..., neither rounded nor clamped
+    EXPECT_EQ(expected, reader.getBrightnessVal(false));
+    EXPECT_NEAR(127.6246f, expected, 1e-4f);
+
+    // Back to display 0: its own maximum is read again.
+    EXPECT_TRUE(reader.checkBrightnessDriverNode(0));
+    EXPECT_EQ(10.0f * 255.0f / 100.0f, reader.getBrightnessVal(false));
+}
+
+TEST_F(NodeSelection, MessagesFollowTheLogLevel) {
+    writeNode("leds/lcd/brightness", "1");
+    writeNode("leds/lcd/max_brightness", "2");
+    mProperties.setLogLevel(0);
+    {
+        tavixPrism::TpSensorReader reader;
+        reader.enableSensor();
+        EXPECT_TRUE(reader.checkBrightnessDriverNode(0));
+        EXPECT_FALSE(reader.checkBrightnessDriverNode(3));
+        reader.getBrightnessVal(false);
+    }
+    auto lines = mLog.lines();
+    ASSERT_EQ(1u, lines.size()) << mLog.dump();  // only the error
+    EXPECT_EQ(ANDROID_LOG_ERROR, lines[0].priority);
+
+    mLog.clear();
+    mProperties.setLogLevel(3);
+    {
+        tavixPrism::TpSensorReader reader;
+        reader.enableSensor();
+        reader.getBrightnessVal(false);
+    }
+    EXPECT_TRUE(mLog.hasOnce(
+            ANDROID_LOG_VERBOSE, kTag,
+            "cur_brightness_8bit: 127.500000, cur_brightness: 1.000000, max_brightness: 2.000000"));
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, "TpSensorReader DROT"));
+}
+
+class NodeReading : public SensorReader {};
+
+TEST_F(NodeReading, UnreadableNodesCountAs255) {
+    writeNode("leds/lcd/brightness", "bright");
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    std::string maxPath = nodePath("leds/lcd/max_brightness");
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
+                             format("fail to open %s brightness file", maxPath)));
+    std::string path = nodePath("leds/lcd/brightness");
+    std::string readError = format("Failed to read brightness value from file: %s", path);
+    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
+    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
+    EXPECT_EQ(2u, mLog.count(ANDROID_LOG_ERROR, kTag, readError));
+
+    // Nodes are read afresh every time.
+    writeNode("leds/lcd/brightness", "51\n");
+    EXPECT_EQ(51.0f, reader.getBrightnessVal(false));
+    writeNode("leds/lcd/brightness", "");
+    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
+    EXPECT_EQ(3u, mLog.count(ANDROID_LOG_ERROR, kTag, readError));
+
+    // A node that disappears after selection: open failure, still 255.
+    clearTestNodes();
+    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
+    EXPECT_TRUE(
+            mLog.hasOnce(ANDROID_LOG_ERROR, kTag, format("fail to open %s brightness file", path)));
+}
+
+TEST_F(NodeReading, ValuesAreScaledButNotClamped) {
+    writeNode("leds/lcd/brightness", "300");
+    writeNode("leds/lcd/max_brightness", "100");
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    EXPECT_EQ(765.0f, reader.getBrightnessVal(false));
+    writeNode("leds/lcd/brightness", "-5");
+    EXPECT_EQ(-12.75f, reader.getBrightnessVal(false));
+    writeNode("leds/lcd/brightness", "2.5e1");
+    EXPECT_EQ(63.75f, reader.getBrightnessVal(false));
+}
+
+class LightSensorWiring : public SensorReader {};
+
+TEST_F(LightSensorWiring, StartReadAndStop) {
+    {
+        tavixPrism::TpSensorReader reader;
+        EXPECT_EQ(1, FakeLightSensor::snapshot().constructed);
+        EXPECT_EQ(Calls{}, calls());
+        reader.enableSensor();
+        EXPECT_EQ(kStartCalls, calls());
+
+        FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 321.5f; });
+        EXPECT_EQ(321.5f, reader.getAmbientLux(false));
+
+        EXPECT_TRUE(reader.disableSensor());
+        Calls want = kStartCalls;
+        want.insert(want.end(), {"getCurAmbinetLux", "disableSensor", "destroyEventQueue"});
+        EXPECT_EQ(want, calls());
+        EXPECT_EQ(1, FakeLightSensor::snapshot().destroyed);
+
+        // The manager is gone for good: lux is 0 and nothing is asked any more.
+        EXPECT_EQ(0.0f, reader.getAmbientLux(false));
+        EXPECT_EQ(0.0f, reader.getAmbientLux(true));
+        EXPECT_TRUE(reader.disableSensor());
+        reader.enableSensor();
+        EXPECT_EQ(want, calls());
+    }
+    EXPECT_EQ(1, FakeLightSensor::snapshot().destroyed);
+    EXPECT_EQ(0u, mLog.lines().size()) << mLog.dump();
+}
+
+TEST_F(LightSensorWiring, EachStartFailureStopsAndReleasesTheManager) {
+    struct Case {
+        int32_t FakeLightSensorState::*failing;
+        size_t callsMade;
+        const char* message;
+    };
+    const Case cases[] = {
+            {&FakeLightSensorState::createLightSensorResult, 1, "Failed to create light sensor"},
+            {&FakeLightSensorState::createEventQueueResult, 2,
+             "Failed to create light sensor event queue"},
+            {&FakeLightSensorState::enableSensorResult, 3, "Failed to enable sensor"},
+    };
+    for (const Case& c : cases) {
+        FakeLightSensor::reset();
+        mLog.clear();
+        FakeLightSensor::update([&](FakeLightSensorState& s) {
+            s.*c.failing = -22;
+            s.lux = 99.0f;
+        });
+        tavixPrism::TpSensorReader reader;
+        reader.enableSensor();
+        EXPECT_EQ(Calls(kStartCalls.begin(), kStartCalls.begin() + c.callsMade), calls())
+                << c.message;
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, c.message));
+        EXPECT_EQ(1, FakeLightSensor::snapshot().destroyed) << c.message;
+        EXPECT_EQ(0.0f, reader.getAmbientLux(false));
+        // Disabling finds no manager to stop.
+        EXPECT_TRUE(reader.disableSensor());
+        EXPECT_EQ(c.callsMade, calls().size());
+    }
+}
+
+class FilterWiring : public SensorReader {};
+
+TEST_F(FilterWiring, LuxFollowsAnAmbientFilterWithTheDefaultSpeeds) {
+    tapr::ProxyUtilsAmbient reference;  // built at the same fake instant as the reader's
+    reference.setAmbientFilterRise(0.02f);
+    reference.setAmbientFilterFall(0.004f);
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+
+    const struct {
+        int64_t ms;
+        float lux;
+    } steps[] = {{0, 100.0f}, {1000, 900.0f}, {1030, 5.0f}, {2500, 5.0f}, {4000, 40000.0f}};
+    for (const auto& step : steps) {
+        setFakeClockNs(step.ms * 1000000);
+        FakeLightSensor::update([&](FakeLightSensorState& s) { s.lux = step.lux; });
+        float want = reference.Filter(step.lux);
+        EXPECT_EQ(want, reader.getAmbientLux(true)) << step.ms;
+        // The raw value is the manager's, unfiltered.
+        EXPECT_EQ(step.lux, reader.getAmbientLux(false));
+    }
+}
+
+TEST_F(FilterWiring, SpeedsAndReArming) {
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 10.0f; });
+    EXPECT_EQ(10.0f, reader.getAmbientLux(true));
+
+    // A rise speed of 1 takes any step 50 ms or more after the last update whole.
+    reader.setAmbientFilterRise(1.0f);
+    setFakeClockNs(100 * 1000000);
+    FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 500.0f; });
+    EXPECT_NEAR(500.0f, reader.getAmbientLux(true), 0.01f);
+    // A fall speed of 0 never comes down.
+    reader.setAmbientFilterFall(0.0f);
+    setFakeClockNs(5000 * 1000000LL);
+    FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 1.0f; });
+    float held = reader.getAmbientLux(true);
+    EXPECT_GT(held, 499.0f);
+
+    // Without a manager lux is 0 whether filtered or not.
+    EXPECT_TRUE(reader.disableSensor());
+    EXPECT_EQ(0.0f, reader.getAmbientLux(true));
+}
+
+TEST_F(FilterWiring, DisableReArmsTheBacklightFilter) {
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+    reader.getFilteredBrightnessVal(200.0f);
+    EXPECT_NE(33.0f, reader.getFilteredBrightnessVal(33.0f));
+    EXPECT_TRUE(reader.disableSensor());
+    EXPECT_EQ(33.0f, reader.getFilteredBrightnessVal(33.0f));
+}
+
+TEST_F(FilterWiring, BrightnessFilterIsSharedByBothEntryPoints) {
+    writeNode("leds/lcd/brightness", "0");
+    writeNode("leds/lcd/max_brightness", "255");
+    tavixPrism::TpSensorReader reader;
+    reader.enableSensor();
+
+    tapr::ProxyUtilsBacklight reference;
+    EXPECT_EQ(reference.Filter(100.0f), reader.getFilteredBrightnessVal(100.0f));
+    EXPECT_EQ(reference.Filter(0.0f), reader.getBrightnessVal(true));  // node reads 0
+    EXPECT_EQ(reference.Filter(250.0f), reader.getFilteredBrightnessVal(250.0f));
+    // Raw reads leave the filter alone.
+    writeNode("leds/lcd/brightness", "255");
+    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
+    EXPECT_EQ(reference.Filter(255.0f), reader.getBrightnessVal(true));
+}
+
+}  // namespace
+}  // namespace tps::test
