@@ -78,7 +78,7 @@ TEST_F(CallbackStubTest, FailuresWriteNoResult) {
     EXPECT_EQ(nullEvent.result, STATUS_UNEXPECTED_NULL);
     EXPECT_TRUE(nullEvent.reply.empty());
     Outcome noEvent = dispatch(3);
-    EXPECT_EQ(noEvent.result, STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(noEvent.result, STATUS_UNEXPECTED_NULL);
     EXPECT_TRUE(noEvent.reply.empty());
 }
 
