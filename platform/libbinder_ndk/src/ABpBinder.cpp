@@ -53,6 +53,7 @@ binder_status_t ABpBinder::transact(transaction_code_t code, const AParcel& data
     if (!isAlive()) return STATUS_DEAD_OBJECT;
     const binder_status_t status = mTransport->transact(mHandle, code, data, reply, flags);
     if (status == STATUS_DEAD_OBJECT) mAlive.store(false, std::memory_order_release);
+    if (reply != nullptr) reply->setDataPosition(0);
     return status;
 }
 

@@ -204,9 +204,7 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
                 code);
         return STATUS_UNKNOWN_TRANSACTION;
     }
-    constexpr binder_flags_t kAllFlags = binder_flags_t{FLAG_PRIVATE_VENDOR} |
-                                         binder_flags_t{FLAG_ONEWAY} |
-                                         binder_flags_t{FLAG_CLEAR_BUF};
+    constexpr binder_flags_t kAllFlags = FLAG_PRIVATE_VENDOR | FLAG_ONEWAY | FLAG_CLEAR_BUF;
     if ((flags & ~kAllFlags) != 0) {
         BINDER_LOGE("AIBinder_transact: Unrecognized flags sent: %u", flags);
         return STATUS_BAD_VALUE;

@@ -13,15 +13,11 @@ extern "C" {
 typedef uint32_t transaction_code_t;
 typedef uint32_t binder_flags_t;
 
-enum {
-    FIRST_CALL_TRANSACTION = 0x00000001,
-    LAST_CALL_TRANSACTION = 0x00ffffff,
-};
+#define FIRST_CALL_TRANSACTION 0x00000001
+#define LAST_CALL_TRANSACTION 0x00ffffff
 
-enum {
-    // The caller does not wait for a reply.
-    FLAG_ONEWAY = 0x01,
-};
+// The caller does not wait for a reply.
+#define FLAG_ONEWAY 0x01
 
 struct AIBinder_Class;
 typedef struct AIBinder_Class AIBinder_Class;

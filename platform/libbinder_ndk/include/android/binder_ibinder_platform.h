@@ -6,10 +6,8 @@
 extern "C" {
 #endif
 
-enum {
-    // The reply buffer is zeroed once the caller is done with it.
-    FLAG_CLEAR_BUF = 0x20,
-};
+// The reply buffer is zeroed once the caller is done with it.
+#define FLAG_CLEAR_BUF 0x20
 
 // Must be called on a local binder before it is first sent anywhere.
 void AIBinder_setRequestingSid(AIBinder* binder, bool requestingSid);
