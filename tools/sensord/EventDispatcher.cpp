@@ -90,6 +90,15 @@ void EventDispatcher::removeQueue(uint64_t queueId) {
     std::erase_if(mSubscriptions, [&](const auto& s) { return s.queueId == queueId; });
 }
 
+std::vector<EventDispatcher::ActiveSensor> EventDispatcher::activeSensors() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    std::vector<ActiveSensor> active;
+    for (const Subscription& s : mSubscriptions) {
+        active.push_back({s.queueId, s.sensor.sensorHandle, s.period});
+    }
+    return active;
+}
+
 uint64_t EventDispatcher::eventsSent() const {
     std::lock_guard<std::mutex> lock(mLock);
     return mEventsSent;

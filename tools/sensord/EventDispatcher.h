@@ -43,6 +43,14 @@ public:
     // Drops every sensor of a queue that is going away.
     void removeQueue(uint64_t queueId);
 
+    struct ActiveSensor {
+        uint64_t queueId;
+        int32_t sensorHandle;
+        std::chrono::nanoseconds period;
+    };
+    // What is enabled right now, in enabling order.
+    std::vector<ActiveSensor> activeSensors() const;
+
     // Events handed to callbacks so far; lets callers wait for progress without timing.
     uint64_t eventsSent() const;
 

@@ -1,0 +1,216 @@
+#include "lightsensormanager_FakeService.h"
+
+#include <android/binder_manager.h>
+
+#include <string>
+
+namespace lsmtest {
+
+using ::aidl::android::frameworks::sensorservice::IDirectReportChannel;
+using ::aidl::android::hardware::common::Ashmem;
+
+namespace {
+
+::ndk::ScopedAStatus serviceError(int32_t code) {
+    return ::ndk::ScopedAStatus::fromServiceSpecificError(code);
+}
+
+std::string sensorServiceName() {
+    return std::string(ISensorManager::descriptor) + "/default";
+}
+
+// Forwards every call to the service the current test chose.
+class Switchboard : public ::aidl::android::frameworks::sensorservice::BnSensorManager {
+public:
+    void setTarget(std::shared_ptr<ISensorManager> target) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mTarget = std::move(target);
+    }
+
+    ::ndk::ScopedAStatus createAshmemDirectChannel(
+            const Ashmem& mem, int64_t size,
+            std::shared_ptr<IDirectReportChannel>* channel) override {
+        auto t = target();
+        return t ? t->createAshmemDirectChannel(mem, size, channel) : unavailable();
+    }
+    ::ndk::ScopedAStatus createEventQueue(const std::shared_ptr<IEventQueueCallback>& callback,
+                                          std::shared_ptr<IEventQueue>* queue) override {
+        auto t = target();
+        return t ? t->createEventQueue(callback, queue) : unavailable();
+    }
+    ::ndk::ScopedAStatus createGrallocDirectChannel(
+            const ::ndk::ScopedFileDescriptor& buffer, int64_t size,
+            std::shared_ptr<IDirectReportChannel>* channel) override {
+        auto t = target();
+        return t ? t->createGrallocDirectChannel(buffer, size, channel) : unavailable();
+    }
+    ::ndk::ScopedAStatus getDefaultSensor(SensorType type, SensorInfo* sensor) override {
+        auto t = target();
+        return t ? t->getDefaultSensor(type, sensor) : unavailable();
+    }
+    ::ndk::ScopedAStatus getSensorList(std::vector<SensorInfo>* list) override {
+        auto t = target();
+        return t ? t->getSensorList(list) : unavailable();
+    }
+
+private:
+    static ::ndk::ScopedAStatus unavailable() {
+        return serviceError(ISensorManager::RESULT_NO_INIT);
+    }
+    std::shared_ptr<ISensorManager> target() {
+        std::lock_guard<std::mutex> lock(mLock);
+        return mTarget;
+    }
+
+    std::mutex mLock;
+    std::shared_ptr<ISensorManager> mTarget;  // guarded by mLock
+};
+
+Switchboard& switchboard() {
+    static const std::shared_ptr<Switchboard> instance = ::ndk::SharedRefBase::make<Switchboard>();
+    return *instance;
+}
+
+}  // namespace
+
+// The queue only records into its service, which it keeps alive.
+class FakeSensorService::Queue : public ::aidl::android::frameworks::sensorservice::BnEventQueue {
+public:
+    explicit Queue(std::shared_ptr<FakeSensorService> service) : mService(std::move(service)) {}
+
+    ::ndk::ScopedAStatus enableSensor(int32_t handle, int32_t periodUs,
+                                      int64_t latencyUs) override {
+        std::lock_guard<std::mutex> lock(mService->mLock);
+        mService->mEnables.push_back({handle, periodUs, latencyUs});
+        if (mService->failEnable) return serviceError(ISensorManager::RESULT_BAD_VALUE);
+        return ::ndk::ScopedAStatus::ok();
+    }
+    ::ndk::ScopedAStatus disableSensor(int32_t handle) override {
+        std::lock_guard<std::mutex> lock(mService->mLock);
+        mService->mDisables.push_back(handle);
+        if (mService->failDisable) return serviceError(ISensorManager::RESULT_BAD_VALUE);
+        return ::ndk::ScopedAStatus::ok();
+    }
+
+private:
+    const std::shared_ptr<FakeSensorService> mService;
+};
+
+int FakeSensorService::sensorListCalls() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mSensorListCalls;
+}
+
+int FakeSensorService::defaultSensorCalls() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return static_cast<int>(mDefaultSensorTypes.size());
+}
+
+std::vector<SensorType> FakeSensorService::defaultSensorTypes() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mDefaultSensorTypes;
+}
+
+std::vector<FakeSensorService::Enable> FakeSensorService::enables() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mEnables;
+}
+
+std::vector<int32_t> FakeSensorService::disables() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mDisables;
+}
+
+std::shared_ptr<IEventQueueCallback> FakeSensorService::callback() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mCallback;
+}
+
+const AIBinder* FakeSensorService::callbackBinderAtCreate() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mCallbackBinderAtCreate;
+}
+
+bool FakeSensorService::queueAlive() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return !mQueue.expired();
+}
+
+::ndk::ScopedAStatus FakeSensorService::createAshmemDirectChannel(
+        const Ashmem&, int64_t, std::shared_ptr<IDirectReportChannel>*) {
+    return serviceError(RESULT_UNKNOWN_ERROR);
+}
+
+::ndk::ScopedAStatus FakeSensorService::createGrallocDirectChannel(
+        const ::ndk::ScopedFileDescriptor&, int64_t, std::shared_ptr<IDirectReportChannel>*) {
+    return serviceError(RESULT_UNKNOWN_ERROR);
+}
+
+::ndk::ScopedAStatus FakeSensorService::createEventQueue(
+        const std::shared_ptr<IEventQueueCallback>& callback, std::shared_ptr<IEventQueue>* queue) {
+    if (failCreateQueue) return serviceError(RESULT_UNKNOWN_ERROR);
+    if (!callback) return serviceError(RESULT_BAD_VALUE);
+    auto created = ::ndk::SharedRefBase::make<Queue>(ref<FakeSensorService>());
+    std::lock_guard<std::mutex> lock(mLock);
+    mCallback = callback;
+    mCallbackBinderAtCreate = callback->asBinder().get();
+    mQueue = created;
+    *queue = created;
+    return ::ndk::ScopedAStatus::ok();
+}
+
+::ndk::ScopedAStatus FakeSensorService::getDefaultSensor(SensorType type, SensorInfo* sensor) {
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        mDefaultSensorTypes.push_back(type);
+    }
+    if (!defaultSensor) return serviceError(RESULT_NOT_EXIST);
+    *sensor = *defaultSensor;
+    return ::ndk::ScopedAStatus::ok();
+}
+
+::ndk::ScopedAStatus FakeSensorService::getSensorList(std::vector<SensorInfo>* list) {
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        ++mSensorListCalls;
+    }
+    list->clear();
+    if (failList) return serviceError(RESULT_UNKNOWN_ERROR);
+    *list = sensors;
+    return ::ndk::ScopedAStatus::ok();
+}
+
+void useSensorService(const std::shared_ptr<ISensorManager>& service) {
+    switchboard().setTarget(service);
+    AServiceManager_addService(switchboard().asBinder().get(), sensorServiceName().c_str());
+}
+
+void registerUnderSensorServiceName(AIBinder* binder) {
+    AServiceManager_addService(binder, sensorServiceName().c_str());
+}
+
+Event lightEvent(float lux, int32_t handle) {
+    Event event;
+    event.timestamp = 1000;
+    event.sensorHandle = handle;
+    event.sensorType = SensorType::LIGHT;
+    event.payload.set<Event::EventPayload::scalar>(lux);
+    return event;
+}
+
+SensorInfo lightSensor(int32_t handle) {
+    SensorInfo sensor;
+    sensor.sensorHandle = handle;
+    sensor.name = "Light A";
+    sensor.vendor = "Vendor A";
+    sensor.version = 1;
+    sensor.type = SensorType::LIGHT;
+    sensor.typeAsString = "android.sensor.light";
+    sensor.maxRange = 30000.0f;
+    sensor.resolution = 1.0f;
+    sensor.power = 0.2f;
+    sensor.flags = SensorInfo::SENSOR_FLAG_BITS_ON_CHANGE_MODE;
+    return sensor;
+}
+
+}  // namespace lsmtest

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <aidl/android/frameworks/sensorservice/BnEventQueue.h>
+#include <aidl/android/frameworks/sensorservice/BnSensorManager.h>
+#include <aidl/android/hardware/sensors/Event.h>
+#include <aidl/android/hardware/sensors/SensorInfo.h>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace lsmtest {
+
+using ::aidl::android::frameworks::sensorservice::IEventQueue;
+using ::aidl::android::frameworks::sensorservice::IEventQueueCallback;
+using ::aidl::android::frameworks::sensorservice::ISensorManager;
+using ::aidl::android::hardware::sensors::Event;
+using ::aidl::android::hardware::sensors::SensorInfo;
+using ::aidl::android::hardware::sensors::SensorType;
+
+// A platform sensor service whose answers each test scripts, and which records what it is asked.
+class FakeSensorService : public ::aidl::android::frameworks::sensorservice::BnSensorManager {
+public:
+    struct Enable {
+        int32_t handle;
+        int32_t samplingPeriodUs;
+        int64_t maxBatchReportLatencyUs;
+    };
+
+    // ---- script ----
+    std::vector<SensorInfo> sensors;          // getSensorList's answer
+    std::optional<SensorInfo> defaultSensor;  // none: RESULT_NOT_EXIST
+    bool failList = false;
+    bool failCreateQueue = false;
+    bool failEnable = false;
+    bool failDisable = false;
+
+    // ---- record ----
+    int sensorListCalls() const;
+    int defaultSensorCalls() const;
+    std::vector<SensorType> defaultSensorTypes() const;
+    std::vector<Enable> enables() const;
+    std::vector<int32_t> disables() const;
+    // The callback of the last queue created.
+    std::shared_ptr<IEventQueueCallback> callback() const;
+    // The callback's binder while createEventQueue ran (compare only).
+    const AIBinder* callbackBinderAtCreate() const;
+    // Whether anyone still holds the last queue created.
+    bool queueAlive() const;
+
+    ::ndk::ScopedAStatus createAshmemDirectChannel(
+            const ::aidl::android::hardware::common::Ashmem&, int64_t,
+            std::shared_ptr<::aidl::android::frameworks::sensorservice::IDirectReportChannel>*)
+            override;
+    ::ndk::ScopedAStatus createEventQueue(const std::shared_ptr<IEventQueueCallback>& callback,
+                                          std::shared_ptr<IEventQueue>* queue) override;
+    ::ndk::ScopedAStatus createGrallocDirectChannel(
+            const ::ndk::ScopedFileDescriptor&, int64_t,
+            std::shared_ptr<::aidl::android::frameworks::sensorservice::IDirectReportChannel>*)
+            override;
+    ::ndk::ScopedAStatus getDefaultSensor(SensorType type, SensorInfo* sensor) override;
+    ::ndk::ScopedAStatus getSensorList(std::vector<SensorInfo>* list) override;
+
+private:
+    class Queue;
+
+    mutable std::mutex mLock;
+    int mSensorListCalls = 0;                           // guarded by mLock
+    std::vector<SensorType> mDefaultSensorTypes;        // guarded by mLock
+    std::vector<Enable> mEnables;                       // guarded by mLock
+    std::vector<int32_t> mDisables;                     // guarded by mLock
+    std::shared_ptr<IEventQueueCallback> mCallback;     // guarded by mLock
+    const AIBinder* mCallbackBinderAtCreate = nullptr;  // guarded by mLock
+    std::weak_ptr<IEventQueue> mQueue;                  // guarded by mLock
+};
+
+// Makes `service` the platform sensor service of this process, as seen through
+// AServiceManager_waitForService. The registered object stays the same for the whole process and
+// forwards to the current service; null makes every call fail.
+void useSensorService(const std::shared_ptr<ISensorManager>& service);
+
+// Puts an arbitrary binder under the sensor service's name; useSensorService() restores it.
+void registerUnderSensorServiceName(AIBinder* binder);
+
+// A light event with the given lux.
+Event lightEvent(float lux, int32_t handle = 1);
+
+SensorInfo lightSensor(int32_t handle);
+
+}  // namespace lsmtest

@@ -1,0 +1,37 @@
+# Tests of the light sensor manager, the sensor service stand-in and sensord. Included by
+# tests/sensor/CMakeLists.txt; adds the executable sensor_manager_tests when its libraries exist.
+
+if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
+        AND TARGET tps_test_common)
+    include(GoogleTest)
+    set(TPS_SENSOR_TEST_DIR ${CMAKE_CURRENT_LIST_DIR})
+
+    add_executable(sensor_manager_tests
+        ${TPS_SENSOR_TEST_DIR}/lightsensormanager_FakeService.cpp
+        ${TPS_SENSOR_TEST_DIR}/lightsensormanager_SensordTest.cpp
+        ${TPS_SENSOR_TEST_DIR}/lightsensormanager_Test.cpp
+        ${TPS_SENSOR_TEST_DIR}/sensord_Test.cpp
+        ${TPS_SENSOR_TEST_DIR}/sensorservice_ConvertTest.cpp
+        ${TPS_SENSOR_TEST_DIR}/sensorservice_TestUtil.cpp
+        ${TPS_SENSOR_TEST_DIR}/sensorservice_WireTest.cpp
+    )
+    # The manager comes with tps_sensor once that library carries it; until then it is built here.
+    set(TPS_MANAGER_SOURCE ${TPS_SENSOR_TEST_DIR}/../../sensor/TPLightSensorManagerAIDL.cpp)
+    if(TARGET tps_sensor)
+        get_target_property(TPS_SENSOR_SOURCES_IN_LIBRARY tps_sensor SOURCES)
+    endif()
+    if(TARGET tps_sensor AND "TPLightSensorManagerAIDL.cpp" IN_LIST TPS_SENSOR_SOURCES_IN_LIBRARY)
+        target_link_libraries(sensor_manager_tests PRIVATE tps_sensor)
+    else()
+        target_sources(sensor_manager_tests PRIVATE ${TPS_MANAGER_SOURCE})
+        target_include_directories(sensor_manager_tests PRIVATE
+            ${TPS_SENSOR_TEST_DIR}/../../sensor)
+    endif()
+    target_include_directories(sensor_manager_tests PRIVATE ${TPS_SENSOR_TEST_DIR})
+    target_link_libraries(sensor_manager_tests PRIVATE host_sensorservice tps_sensord_core
+        tps_config tps_test_common GTest::gtest_main Threads::Threads)
+    # Records the scheduler policy the manager sets on its callback binder.
+    target_link_options(sensor_manager_tests PRIVATE
+        -Wl,--wrap=AIBinder_setMinSchedulerPolicy)
+    gtest_discover_tests(sensor_manager_tests)
+endif()
