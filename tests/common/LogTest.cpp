@@ -146,12 +146,29 @@ TEST(LogApi, MacrosUseLogTagAndVerboseFollowsNdebug) {
 }
 
 TEST(LogApi, AssertLogsFatalAndCallsAborter) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // sanitizer runtimes add threads
     EXPECT_DEATH(
             {
                 __android_log_set_logger(__android_log_stderr_logger);
                 LOG_ALWAYS_FATAL_IF(1 + 1 == 2, "broken %d", 7);
             },
             "F LogTest *: broken 7");
+}
+
+TEST(LogCaptureTest, RecordsEveryLineFromConcurrentThreads) {
+    LogCapture log;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t] {
+            for (int i = 0; i < 250; ++i) {
+                __android_log_print(ANDROID_LOG_INFO, "T", "thread %d line %d", t, i);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(1000u, log.lines().size());
+    EXPECT_EQ(250u, log.countContaining("thread 3 line"));
+    EXPECT_EQ(1u, log.count(ANDROID_LOG_INFO, "T", "thread 2 line 249"));
 }
 
 class TpsLogLevels : public LoggingTest {
