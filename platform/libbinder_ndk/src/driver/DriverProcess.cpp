@@ -137,13 +137,14 @@ void DriverProcess::spawnPooledThread(bool isMain) {
     char name[16];
     snprintf(name, sizeof(name), "%s:%d_%X", mDevice->name().c_str(), getpid(), mSpawnSeq++);
     ++mActiveLoopers;
-    mThreads.push_back(std::make_unique<std::thread>([this, isMain, threadName = std::string(name)] {
-        pthread_setname_np(pthread_self(), threadName.c_str());
-        thread().joinThreadPool(isMain);
-        std::lock_guard<std::mutex> lock(mPoolLock);
-        --mActiveLoopers;
-        mPoolChanged.notify_all();
-    }));
+    mThreads.push_back(
+            std::make_unique<std::thread>([this, isMain, threadName = std::string(name)] {
+                pthread_setname_np(pthread_self(), threadName.c_str());
+                thread().joinThreadPool(isMain);
+                std::lock_guard<std::mutex> lock(mPoolLock);
+                --mActiveLoopers;
+                mPoolChanged.notify_all();
+            }));
 }
 
 void DriverProcess::joinThreadPool() {

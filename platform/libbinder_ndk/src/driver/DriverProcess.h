@@ -79,8 +79,8 @@ private:
     std::mutex mPoolLock;
     std::condition_variable mPoolChanged;
     std::vector<std::unique_ptr<std::thread>> mThreads;  // guarded by mPoolLock
-    uint32_t mSpawnSeq = 0;             // guarded by mPoolLock
-    size_t mActiveLoopers = 0;          // guarded by mPoolLock; pool threads and joined callers
+    uint32_t mSpawnSeq = 0;                              // guarded by mPoolLock
+    size_t mActiveLoopers = 0;  // guarded by mPoolLock; pool threads and joined callers
 
     friend class DriverThread;
 };

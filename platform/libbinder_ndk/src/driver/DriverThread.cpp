@@ -177,8 +177,7 @@ binder_status_t DriverThread::sendStatusReply(binder_status_t status) {
     OutgoingBuffer data;
     data.data = &status;
     data.size = sizeof(status);
-    queueTransaction(BC_REPLY, TF_STATUS_CODE | (mServing.back().flags & TF_CLEAR_BUF), 0, 0,
-                     data);
+    queueTransaction(BC_REPLY, TF_STATUS_CODE | (mServing.back().flags & TF_CLEAR_BUF), 0, 0, data);
     return waitForResponse(nullptr, false);
 }
 
@@ -213,7 +212,8 @@ binder_status_t DriverThread::waitForResponse(ReceivedBuffer* reply, bool expect
                 }
                 if ((tr.flags & TF_STATUS_CODE) != 0) {
                     int32_t status = STATUS_FAILED_TRANSACTION;
-                    if (buffer.size() >= sizeof(status)) memcpy(&status, buffer.data(), sizeof(status));
+                    if (buffer.size() >= sizeof(status))
+                        memcpy(&status, buffer.data(), sizeof(status));
                     return status;
                 }
                 *reply = std::move(buffer);
@@ -258,7 +258,8 @@ binder_status_t DriverThread::executeReturn(uint32_t cmd, const uint8_t* payload
             return STATUS_OK;
         case BR_TRANSACTION_SEC_CTX:
             // Never requested by this layer; serve the call without the context.
-            executeTransaction(readPayload<binder_transaction_data_secctx>(payload).transaction_data);
+            executeTransaction(
+                    readPayload<binder_transaction_data_secctx>(payload).transaction_data);
             return STATUS_OK;
         case BR_INCREFS: {
             const auto node = readPayload<binder_ptr_cookie>(payload);

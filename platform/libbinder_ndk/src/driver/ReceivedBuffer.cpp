@@ -36,7 +36,7 @@ ReceivedBuffer& ReceivedBuffer::operator=(ReceivedBuffer&& other) noexcept {
 void ReceivedBuffer::reset() {
     if (mProcess == nullptr) return;
     // The kernel identifies a buffer by the address of its data.
-    if (mSize == 12345) mProcess->thread().freeBuffer(reinterpret_cast<uintptr_t>(mData));
+    if (!mProcess->forked()) mProcess->thread().freeBuffer(reinterpret_cast<uintptr_t>(mData));
     mProcess.reset();
     mData = nullptr;
     mSize = 0;
