@@ -12,36 +12,8 @@
 #include "LogCapture.h"
 #include "TPLightSensorManagerAIDL.h"
 #include "lightsensormanager_FakeService.h"
+#include "sensorservice_LinkSeams.h"
 #include "sensorservice_TestUtil.h"
-
-// Link seam: records the scheduler policies set on binders, then sets them for real.
-extern "C" void __real_AIBinder_setMinSchedulerPolicy(AIBinder* binder, int policy, int priority);
-
-namespace {
-
-struct SchedulerPolicyCall {
-    const AIBinder* binder;
-    int policy;
-    int priority;
-};
-
-std::mutex gPolicyLock;
-std::vector<SchedulerPolicyCall> gPolicyCalls;  // guarded by gPolicyLock
-
-std::vector<SchedulerPolicyCall> policyCalls() {
-    std::lock_guard<std::mutex> lock(gPolicyLock);
-    return gPolicyCalls;
-}
-
-}  // namespace
-
-extern "C" void __wrap_AIBinder_setMinSchedulerPolicy(AIBinder* binder, int policy, int priority) {
-    {
-        std::lock_guard<std::mutex> lock(gPolicyLock);
-        gPolicyCalls.push_back({binder, policy, priority});
-    }
-    __real_AIBinder_setMinSchedulerPolicy(binder, policy, priority);
-}
 
 namespace {
 
@@ -165,7 +137,7 @@ TEST_F(LightSensorManagerTest, StartupLogLinesFollowTheLogLevel) {
 TEST_F(LightSensorManagerTest, CallbackBinderRunsAtRealTimePriority) {
     TPLightSensorManager manager;
     ASSERT_EQ(0, manager.createEventQueue());
-    const auto calls = policyCalls();
+    const auto calls = sensortest::schedulerPolicyCalls();
     ASSERT_FALSE(calls.empty());
     EXPECT_EQ(mService->callbackBinderAtCreate(), calls.back().binder);
     EXPECT_EQ(SCHED_FIFO, calls.back().policy);

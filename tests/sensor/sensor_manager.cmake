@@ -12,6 +12,7 @@ if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
         ${TPS_SENSOR_TEST_DIR}/lightsensormanager_Test.cpp
         ${TPS_SENSOR_TEST_DIR}/sensord_Test.cpp
         ${TPS_SENSOR_TEST_DIR}/sensorservice_ConvertTest.cpp
+        ${TPS_SENSOR_TEST_DIR}/sensorservice_LinkSeams.cpp
         ${TPS_SENSOR_TEST_DIR}/sensorservice_TestUtil.cpp
         ${TPS_SENSOR_TEST_DIR}/sensorservice_WireTest.cpp
     )
@@ -30,8 +31,8 @@ if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
     target_include_directories(sensor_manager_tests PRIVATE ${TPS_SENSOR_TEST_DIR})
     target_link_libraries(sensor_manager_tests PRIVATE host_sensorservice tps_sensord_core
         tps_config tps_test_common GTest::gtest_main Threads::Threads)
-    # Records the scheduler policy the manager sets on its callback binder.
+    # sensorservice_LinkSeams.cpp records transactions and scheduler policies through these.
     target_link_options(sensor_manager_tests PRIVATE
-        -Wl,--wrap=AIBinder_setMinSchedulerPolicy)
+        -Wl,--wrap=AIBinder_transact -Wl,--wrap=AIBinder_setMinSchedulerPolicy)
     gtest_discover_tests(sensor_manager_tests)
 endif()

@@ -5,11 +5,13 @@
 #include <aidl/android/hardware/sensors/Event.h>
 #include <aidl/android/hardware/sensors/SensorInfo.h>
 #include <android/binder_parcel_utils.h>
+#include <android/binder_stability.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <functional>
 
+#include "sensorservice_LinkSeams.h"
 #include "sensorservice_TestUtil.h"
 
 namespace {
@@ -155,6 +157,11 @@ TEST(SensorServiceWire, LightEventTravelsOnewayInsideOnEvent) {
     const auto requests = target.requests();
     ASSERT_EQ(1u, requests.size());
     EXPECT_EQ(1u, requests[0].code);
+    const auto calls = sensortest::transactCalls();
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(target.binder().get(), calls.back().binder);
+    // Oneway, from vendor code; the event buffer need not be cleared.
+    EXPECT_EQ(binder_flags_t{FLAG_ONEWAY | FLAG_PRIVATE_VENDOR}, calls.back().flags);
     const Bytes expected = Bytes().token(IEventQueueCallback::descriptor)
                                    .i32(1)   // present
                                    .i32(32)  // size of the event body
@@ -172,6 +179,7 @@ TEST(SensorServiceWire, ProxiesSendTheirCodesAndArguments) {
                             [](transaction_code_t, const AParcel*, AParcel* reply) {
                                 return AParcel_writeInt32(reply, 0);  // OK, no result read
                             });
+    const size_t callsBefore = sensortest::transactCalls().size();
     auto managerProxy = ::ndk::SharedRefBase::make<BpSensorManager>(manager.binder());
     SensorInfo ignored;
     (void)managerProxy->getDefaultSensor(SensorType::PROXIMITY, &ignored);
@@ -189,6 +197,13 @@ TEST(SensorServiceWire, ProxiesSendTheirCodesAndArguments) {
     EXPECT_EQ(4u, managerRequests[0].code);
     EXPECT_EQ(hex(Bytes().token(ISensorManager::descriptor).i32(8).bytes()),
               hex(managerRequests[0].bytes));
+
+    // Two-way calls, from vendor code.
+    const auto calls = sensortest::transactCalls();
+    ASSERT_EQ(callsBefore + 3, calls.size());
+    for (size_t i = callsBefore; i < calls.size(); ++i) {
+        EXPECT_EQ(binder_flags_t{FLAG_PRIVATE_VENDOR}, calls[i].flags) << "code " << calls[i].code;
+    }
 
     const auto queueRequests = queue.requests();
     ASSERT_EQ(2u, queueRequests.size());
