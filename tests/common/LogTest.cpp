@@ -6,7 +6,6 @@
 #include <log/log.h>
 #include <unistd.h>
 
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -39,13 +38,35 @@ std::string captureStderr(Body body) {
     return out;
 }
 
+struct ThreadtimeLine {
+    char priority = 0;
+    std::string tagField;  // the tag padded to at least 8 columns
+    std::string message;
+};
+
+// Parses "MM-DD HH:MM:SS.mmm  PID  TID P TAG     : message".
+bool parseThreadtime(const std::string& line, ThreadtimeLine& out) {
+    int month, day, hour, minute, second, millis, pid, tid, end = -1;
+    char priority;
+    if (sscanf(line.c_str(), "%2d-%2d %2d:%2d:%2d.%3d %d %d %c %n", &month, &day, &hour, &minute,
+               &second, &millis, &pid, &tid, &priority, &end) != 9 ||
+        end < 0) {
+        return false;
+    }
+    if (line[2] != '-' || line[14] != '.' || line[18] != ' ') return false;
+    size_t colon = line.find(": ", static_cast<size_t>(end));
+    if (colon == std::string::npos) return false;
+    out.priority = priority;
+    out.tagField = line.substr(static_cast<size_t>(end), colon - static_cast<size_t>(end));
+    out.message = line.substr(colon + 2);
+    return pid == getpid() && out.tagField.size() >= 8;
+}
+
 TEST(LogOutput, DefaultLoggerWritesThreadtimeLinesPerMessageLine) {
     std::string out = captureStderr([] {
         __android_log_print(ANDROID_LOG_WARN, "Tag", "two %s\nlines", "short");
         __android_log_write(ANDROID_LOG_ERROR, "AVeryLongTagName", "x");
     });
-    std::regex line(R"(\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ ([VDIWEF]) (.{8,}?): (.*))");
-    std::vector<std::smatch> lines;
     std::vector<std::string> texts;
     size_t start = 0;
     while (start < out.size()) {
@@ -55,16 +76,16 @@ TEST(LogOutput, DefaultLoggerWritesThreadtimeLinesPerMessageLine) {
         start = end + 1;
     }
     ASSERT_EQ(3u, texts.size()) << out;
-    std::smatch m;
-    ASSERT_TRUE(std::regex_match(texts[0], m, line)) << texts[0];
-    EXPECT_EQ("W", m[1]);
-    EXPECT_EQ("Tag     ", m[2]);
-    EXPECT_EQ("two short", m[3]);
-    ASSERT_TRUE(std::regex_match(texts[1], m, line)) << texts[1];
-    EXPECT_EQ("lines", m[3]);
-    ASSERT_TRUE(std::regex_match(texts[2], m, line)) << texts[2];
-    EXPECT_EQ("E", m[1]);
-    EXPECT_EQ("AVeryLongTagName", m[2]);
+    ThreadtimeLine line;
+    ASSERT_TRUE(parseThreadtime(texts[0], line)) << texts[0];
+    EXPECT_EQ('W', line.priority);
+    EXPECT_EQ("Tag     ", line.tagField);
+    EXPECT_EQ("two short", line.message);
+    ASSERT_TRUE(parseThreadtime(texts[1], line)) << texts[1];
+    EXPECT_EQ("lines", line.message);
+    ASSERT_TRUE(parseThreadtime(texts[2], line)) << texts[2];
+    EXPECT_EQ('E', line.priority);
+    EXPECT_EQ("AVeryLongTagName", line.tagField);
 }
 
 TEST(LogOutput, ConcurrentWritersNeverInterleaveWithinALine) {
@@ -82,13 +103,17 @@ TEST(LogOutput, ConcurrentWritersNeverInterleaveWithinALine) {
         }
         for (auto& thread : threads) thread.join();
     });
-    std::regex line(R"(.* I Race    : (a{100}|b{100}|c{100}|d{100}))");
     size_t start = 0;
     int count = 0;
     while (start < out.size()) {
         size_t end = out.find('\n', start);
         std::string text = out.substr(start, end - start);
-        ASSERT_TRUE(std::regex_match(text, line)) << text;
+        ThreadtimeLine line;
+        ASSERT_TRUE(parseThreadtime(text, line)) << text;
+        EXPECT_EQ('I', line.priority);
+        EXPECT_EQ("Race    ", line.tagField);
+        ASSERT_EQ(100u, line.message.size()) << text;
+        EXPECT_EQ(std::string(100, line.message[0]), line.message) << text;
         ++count;
         start = end + 1;
     }
