@@ -39,6 +39,8 @@ echo "odm $(cat /odm/etc/tavix/tavix_prism_clstc.cfg)"
 echo "backlight $(cat /sys/class/backlight/panel0-backlight/max_brightness)"
 touch /vendor/etc/x /data/vendor/x /usr/overlay-write && echo "overlay writable"
 grep -q '^binder state:' /sys/kernel/debug/binder/state && echo "debugfs state"
+# Host mount points share inode numbers; the guest must still tell /proc from /sys.
+[ "$(readlink /proc/self/exe)" = "$(command -v readlink)" ] && echo "procfs"
 echo "uid $(id -u)"
 echo from-guest >"$SHARED/out.txt"
 printf 'err line\n' >&2
@@ -60,6 +62,7 @@ expect_grep "setup script ran first" "^odm cfg$" "$work/out"
 expect_grep "backlight tmpfs" "^backlight 255$" "$work/out"
 expect_grep "overlay" "^overlay writable$" "$work/out"
 expect_grep "debugfs" "^debugfs state$" "$work/out"
+expect_grep "procfs" "^procfs$" "$work/out"
 expect_grep "root" "^uid 0$" "$work/out"
 expect_eq "last partial line" "no newline at end" "$(tail -c 17 "$work/out")"
 expect_eq "stderr alone on its channel" "err line" "$(cat "$work/err")"
@@ -83,7 +86,7 @@ export TPS_VM=native
 "$runner" --setup /bin/false -- true >"$work/out" 2>"$work/err"
 expect_eq "failed setup status" 125 $?
 expect_grep "failed setup message" "setup script failed" "$work/err"
-"$runner" -- sh -c 'kill -KILL $$'
+"$runner" -- sh -c 'kill -KILL $$' 2>/dev/null
 expect_eq "killed command status" 137 $?
 TPS_A=a OTHER=b "$runner" -- sh -c 'echo "${TPS_A-}${OTHER-}"' >"$work/out"
 expect_eq "native environment" a "$(cat "$work/out")"
