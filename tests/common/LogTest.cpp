@@ -3,7 +3,6 @@
 #include <android/log.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <log/log.h>
 #include <unistd.h>
 
 #include <string>
@@ -140,44 +139,6 @@ TEST(LogApi, ReturnValuesLoggabilityAndTruncation) {
     EXPECT_EQ("kept", lines[1].text);
     EXPECT_EQ(1023u, lines[2].text.size());
     EXPECT_EQ(3000u, lines[3].text.size());
-}
-
-TEST(LogApi, NullTagFallsBackToDefaultTag) {
-    LogCapture log;
-    __android_log_set_default_tag("fallback");
-    __android_log_write(ANDROID_LOG_INFO, nullptr, "m");
-    __android_log_set_default_tag(nullptr);
-    EXPECT_TRUE(log.has(ANDROID_LOG_INFO, "fallback", "m"));
-}
-
-TEST(LogApi, MacrosUseLogTagAndVerboseFollowsNdebug) {
-    LogCapture log;
-    ALOGE("e%d", 1);
-    ALOGW("w");
-    ALOGI("i");
-    ALOGD("d");
-    int evaluated = 0;
-    ALOGV("v%d", ++evaluated);
-    EXPECT_TRUE(log.has(ANDROID_LOG_ERROR, "LogTest", "e1"));
-    EXPECT_TRUE(log.has(ANDROID_LOG_WARN, "LogTest", "w"));
-    EXPECT_TRUE(log.has(ANDROID_LOG_INFO, "LogTest", "i"));
-    EXPECT_TRUE(log.has(ANDROID_LOG_DEBUG, "LogTest", "d"));
-#if LOG_NDEBUG
-    EXPECT_EQ(0, evaluated);
-    EXPECT_EQ(4u, log.lines().size());
-#else
-    EXPECT_TRUE(log.has(ANDROID_LOG_VERBOSE, "LogTest", "v1"));
-#endif
-}
-
-TEST(LogApi, AssertLogsFatalAndCallsAborter) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");  // sanitizer runtimes add threads
-    EXPECT_DEATH(
-            {
-                __android_log_set_logger(__android_log_stderr_logger);
-                LOG_ALWAYS_FATAL_IF(1 + 1 == 2, "broken %d", 7);
-            },
-            "F LogTest *: broken 7");
 }
 
 TEST(LogCaptureTest, RecordsEveryLineFromConcurrentThreads) {

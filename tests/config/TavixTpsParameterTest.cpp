@@ -82,12 +82,6 @@ TEST_F(ParameterParsing, KeyWithoutValueIsPresentButNeverTyped) {
     EXPECT_EQ(0u, mLog.lines().size()) << mLog.dump();
 }
 
-TEST_F(ParameterParsing, CallerStringIsUntouched) {
-    std::string input = "a=1;b=2";
-    TavixTpsParameter p(input);
-    EXPECT_EQ("a=1;b=2", input);
-}
-
 class ParameterGetters : public LoggingTest {
 protected:
     // Returns "<ok>:<value>" and the log lines as "P:text" joined by '|'.

@@ -178,22 +178,5 @@ TEST_F(FilterLabRun, PollingRepeatsTheLatestSampleOnAFixedGrid) {
     EXPECT_EQ("100,0,64", lines[3]);
 }
 
-TEST_F(FilterLabRun, WritesCsvAndSvgFiles) {
-    std::string trace = file("b.csv", "milliseconds,brightness\n0,10\n16,200\n");
-    std::string csv = mDir + "/out.csv";
-    std::string svg = mDir + "/out.svg";
-    ASSERT_EQ(0, run({"--brightness", trace, "--csv", csv, "--svg", svg})) << mErr;
-    EXPECT_EQ("", mOut);
-    std::ifstream csvIn(csv);
-    std::string header;
-    std::getline(csvIn, header);
-    EXPECT_EQ("milliseconds,input,output", header);
-    std::ifstream svgIn(svg);
-    std::stringstream svgText;
-    svgText << svgIn.rdbuf();
-    EXPECT_NE(std::string::npos, svgText.str().find("<svg"));
-    EXPECT_NE(std::string::npos, svgText.str().find("</svg>"));
-}
-
 }  // namespace
 }  // namespace filterlab
