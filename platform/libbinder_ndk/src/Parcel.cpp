@@ -216,19 +216,19 @@ binder_status_t AParcel::writeObject(const flat_binder_object& object, bool null
     return STATUS_OK;
 }
 
-const flat_binder_object* AParcel::readObject() const {
+bool AParcel::readObject(flat_binder_object* object) const {
     const size_t position = mPos;
-    if (sizeof(flat_binder_object) > dataAvail()) return nullptr;
-    const flat_binder_object* object =
-            reinterpret_cast<const flat_binder_object*>(data() + position);
+    if (sizeof(flat_binder_object) > dataAvail()) return false;
+    // Objects sit at 4-byte boundaries only: copy rather than cast.
+    memcpy(object, data() + position, sizeof(*object));
     mPos = position + sizeof(flat_binder_object);
-    if (object->cookie == 0 && object->binder == 0) return object;
-    if (std::find(mObjects.begin(), mObjects.end(), position) != mObjects.end()) return object;
+    if (object->cookie == 0 && object->binder == 0) return true;
+    if (std::find(mObjects.begin(), mObjects.end(), position) != mObjects.end()) return true;
     BINDER_LOGW(
             "Attempt to read object from Parcel %p at offset %zu that is not in the object "
             "list",
             this, position);
-    return nullptr;
+    return false;
 }
 
 binder_status_t AParcel::resolveBinder(const flat_binder_object& object, AIBinder** out) const {
@@ -299,14 +299,14 @@ binder_status_t AParcel::writeStrongBinder(AIBinder* binder) {
 }
 
 binder_status_t AParcel::readStrongBinder(AIBinder** binder) const {
-    const flat_binder_object* object = readObject();
-    if (object == nullptr) return STATUS_BAD_TYPE;
+    flat_binder_object object;
+    if (!readObject(&object)) return STATUS_BAD_TYPE;
 
     AIBinder* result = nullptr;
     const bool isNull =
-            object->hdr.type == BINDER_TYPE_BINDER && object->cookie == 0 && object->binder == 0;
+            object.hdr.type == BINDER_TYPE_BINDER && object.cookie == 0 && object.binder == 0;
     if (!isNull) {
-        binder_status_t status = resolveBinder(*object, &result);
+        binder_status_t status = resolveBinder(object, &result);
         if (status != STATUS_OK) return status;
     }
 
@@ -336,10 +336,10 @@ binder_status_t AParcel::writeFileDescriptor(int fd, bool takeOwnership) {
 
 binder_status_t AParcel::readFileDescriptor(int* fd) const {
     const size_t position = mPos;
-    const flat_binder_object* object = readObject();
-    if (object == nullptr || object->hdr.type != BINDER_TYPE_FD) return STATUS_BAD_TYPE;
+    flat_binder_object object;
+    if (!readObject(&object) || object.hdr.type != BINDER_TYPE_FD) return STATUS_BAD_TYPE;
     // Only descriptors this parcel really holds: an offset alone proves nothing in-process.
-    const int value = static_cast<int>(object->handle);
+    const int value = static_cast<int>(object.handle);
     const bool held = mTransport != nullptr ||
                       std::find(mOwnedFds.begin(), mOwnedFds.end(), value) != mOwnedFds.end();
     if (!held || std::find(mObjects.begin(), mObjects.end(), position) == mObjects.end()) {

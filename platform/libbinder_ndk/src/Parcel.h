@@ -115,7 +115,7 @@ private:
     void dropHeld();
 
     // Reads the object at the position: a null object, or one listed in the offset table.
-    const flat_binder_object* readObject() const;
+    bool readObject(flat_binder_object* object) const;
     // Resolves a non-null binder object to a new strong reference.
     binder_status_t resolveBinder(const flat_binder_object& object, AIBinder** out) const;
     binder_status_t writeObject(const flat_binder_object& object, bool nullMetaData);

@@ -131,7 +131,7 @@ binder_status_t AParcel_readCharArray(const AParcel* parcel, void* arrayData,
 binder_status_t AParcel_readByteArray(const AParcel* parcel, void* arrayData,
                                       AParcel_byteArrayAllocator allocator);
 
-// Parcels from AParcel_create are plain data parcels: they carry no binder objects.
+// A parcel tied to no binder, e.g. for marshalling data; marshal refuses one holding objects.
 AParcel* AParcel_create(void);
 binder_status_t AParcel_reset(AParcel* parcel);
 int32_t AParcel_getDataSize(const AParcel* parcel);
