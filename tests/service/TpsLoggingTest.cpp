@@ -46,14 +46,5 @@ TEST_F(TpsLoggingTest, DefaultLevelIsTwo) {
     EXPECT_TRUE(mLog.hasNoneContaining("Set Property"));
 }
 
-TEST_F(TpsLoggingTest, LevelChangeTakesEffectBetweenMessagesOfOneService) {
-    mProperties.setLogLevel(0);
-    set("brightness=1");
-    EXPECT_TRUE(mLog.lines().empty()) << mLog.dump();
-    mProperties.setLogLevel(2);
-    set("brightness=2");
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_DEBUG, kTag, "setParameters: brightness=2"));
-}
-
 }  // namespace
 }  // namespace tps::test

@@ -171,12 +171,6 @@ TEST_F(TpsTest, GetParametersAnswersTheRequestedKeys) {
     EXPECT_EQ(pairs["brightness"], "100");
 }
 
-TEST_F(TpsTest, GetParametersLogsItsReplyAtVerbose) {
-    mProperties.setLogLevel(3);
-    std::string reply = get("pqMode");
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, "getParameters: pqMode=0"));
-}
-
 TEST_F(TpsTest, FilterSpeedsReachOnlyALiveReader) {
     set("filterRise=0.5;filterFall=0.25");
     mTps->enableSensorReader(true, true);

@@ -100,23 +100,5 @@ TEST_F(TpsReaderTest, DisplayWithoutNodeKeepsTheLastBrightness) {
                              "Can't get realtime Brightness, use default value"));
 }
 
-TEST_F(TpsReaderTest, DisplayChosenBeforeTheSessionIsUsedByItsReader) {
-    makeService(2);
-    ASSERT_TRUE(mTps->setParameters("displayID=1").isOk());
-    mTps->enableSensorReader(true, false);
-    EXPECT_EQ(status().at(0), 74.0f);
-}
-
-TEST_F(TpsReaderTest, FailedSensorStartStillServesBrightness) {
-    FakeLightSensor::update([](FakeLightSensorState& s) { s.createEventQueueResult = -22; });
-    makeService(2);
-    mTps->enableSensorReader(true, true);
-    std::vector<float> values = status();
-    EXPECT_EQ(values.at(4), 0.0f) << "no sensor, no lux";
-    EXPECT_GT(values.at(0), 0.0f);
-    EXPECT_TRUE(mLog.has(ANDROID_LOG_ERROR, "TavixSensorReader",
-                         "Failed to create light sensor event queue"));
-}
-
 }  // namespace
 }  // namespace tps::test

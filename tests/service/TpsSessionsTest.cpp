@@ -1,115 +1,101 @@
 #include <android/binder_status.h>
 
+#include <cstdio>
+
 #include "ServiceTestSupport.h"
 
 namespace tps::test {
 namespace {
 
+using aidl::vendor::tavix::tps::Tps;
+using aidl::vendor::tavix::tps::TpsTestPeer;
 using Events = std::vector<std::string>;
 
-TEST_F(TpsTest, RenderSessionNotifiesOnlyFirstStartAndLastStop) {
-    mProperties.setLogLevel(3);
-    auto client = addClient();
+// The render and logo sessions follow one scheme with their own texts.
+struct SessionKind {
+    const char* name;  // the function named in the log lines
+    void (Tps::*notify)(bool);
+    int32_t (TpsTestPeer::*count)();
+    const char *start, *stop, *openLine, *closeLine, *startSkip, *startNotify, *stopSkip,
+            *stopNotify;
+};
 
-    mTps->onTavixRenderNotification(true);
-    mTps->onTavixRenderNotification(true);
-    EXPECT_EQ(client->events(), Events{"Callback_TavixRenderStart"});
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "[onTavixRenderNotification] notify "
-                             "tavixPrism_Callback_TavixRenderStart, size: 1"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "skip due to has already notified "
-                             "tavixPrism_Callback_TavixRenderStart"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag,
-                             "[onTavixRenderNotification] enable: 1, mRenderProcessorCount: 2, "
-                             "mIsRenderPlaying: 1, callbackCount: 1"));
+const SessionKind kSessionKinds[] = {
+        {"onTavixRenderNotification", &Tps::onTavixRenderNotification, &TpsTestPeer::renderCount,
+         "Callback_TavixRenderStart", "Callback_TavixRenderStop",
+         "[onTavixRenderNotification] enable: 1, mRenderProcessorCount: %d, mIsRenderPlaying: %d, "
+         "callbackCount: 1",
+         "[onTavixRenderNotification] enable: 0, mRenderProcessorCount: %d, isRenderPlaying: %d, "
+         "callbackCount: 1",
+         "skip due to has already notified tavixPrism_Callback_TavixRenderStart",
+         "[onTavixRenderNotification] notify tavixPrism_Callback_TavixRenderStart, size: 1",
+         "skip due to has already notified tavixPrism_Callback_RenderStop",
+         "[onTavixRenderNotification] notify tavixPrism_Callback_RenderStop, size: 1"},
+        {"onTavixLogoNotification", &Tps::onTavixLogoNotification, &TpsTestPeer::logoCount,
+         "Callback_TavixLogoStart", "Callback_TavixLogoStop",
+         "[onTavixLogoNotification] enable: 1, mLogoProcessorCount: %d, isLogoPlaying: %d, "
+         "callbackCount: 1",
+         "[onTavixLogoNotification] enable: 0, mLogoProcessorCount: %d, isLogoPlaying: %d, "
+         "callbackCount: 1",
+         "skip due to has already notified tavixPrism_Callback_TavixLogoStart",
+         "[onTavixLogoNotification] notify tavixPrism_Callback_TavixLogoStart, size: 1",
+         "skip due to has already notified tavixPrism_Callback_LogoStop",
+         "[onTavixLogoNotification] notify tavixPrism_Callback_LogoStop, size: 1"},
+};
 
-    mLog.clear();
-    mTps->onTavixRenderNotification(false);
-    EXPECT_EQ(client->events(), Events{"Callback_TavixRenderStart"}) << "one holder remains";
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "skip due to has already notified tavixPrism_Callback_RenderStop"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag,
-                             "[onTavixRenderNotification] enable: 0, mRenderProcessorCount: 1, "
-                             "isRenderPlaying: 1, callbackCount: 1"));
-
-    mLog.clear();
-    mTps->onTavixRenderNotification(false);
-    EXPECT_EQ(client->events(), (Events{"Callback_TavixRenderStart", "Callback_TavixRenderStop"}));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "[onTavixRenderNotification] notify "
-                             "tavixPrism_Callback_RenderStop, size: 1"));
-    EXPECT_EQ(peer().renderCount(), 0);
-    EXPECT_FALSE(peer().renderPlaying());
+std::string format(const char* pattern, int count, int playing) {
+    char text[256];
+    snprintf(text, sizeof(text), pattern, count, playing);
+    return text;
 }
 
-TEST_F(TpsTest, LogoSessionUsesItsOwnTexts) {
+TEST_F(TpsTest, SessionsNotifyOnlyFirstStartAndLastStop) {
     mProperties.setLogLevel(3);
-    auto client = addClient();
+    for (const SessionKind& kind : kSessionKinds) {
+        SCOPED_TRACE(kind.name);
+        makeService();
+        auto open = [&] { (mTps.get()->*kind.notify)(true); };
+        auto close = [&] { (mTps.get()->*kind.notify)(false); };
+        auto count = [&] {
+            TpsTestPeer peer(*mTps);
+            return (peer.*kind.count)();
+        };
+        auto client = addClient();
+        mLog.clear();
 
-    mTps->onTavixLogoNotification(true);
-    mTps->onTavixLogoNotification(true);
-    mTps->onTavixLogoNotification(false);
-    mTps->onTavixLogoNotification(false);
-    EXPECT_EQ(client->events(), (Events{"Callback_TavixLogoStart", "Callback_TavixLogoStop"}));
-    for (const char* line : {
-                 "[onTavixLogoNotification] enable: 1, mLogoProcessorCount: 1, isLogoPlaying: 0, "
-                 "callbackCount: 1",
-                 "[onTavixLogoNotification] enable: 1, mLogoProcessorCount: 2, isLogoPlaying: 1, "
-                 "callbackCount: 1",
-                 "[onTavixLogoNotification] enable: 0, mLogoProcessorCount: 1, isLogoPlaying: 1, "
-                 "callbackCount: 1",
-                 "[onTavixLogoNotification] enable: 0, mLogoProcessorCount: 0, isLogoPlaying: 1, "
-                 "callbackCount: 1",
-         }) {
-        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, line));
+        // An unbalanced close prints -1, stays at 0 and sends nothing.
+        close();
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, format(kind.closeLine, -1, 0)));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, kind.stopSkip));
+        EXPECT_EQ(count(), 0);
+
+        open();
+        open();
+        EXPECT_EQ(client->events(), Events{kind.start});
+        EXPECT_EQ(count(), 2);
+        EXPECT_EQ(peer().renderCount() + peer().logoCount(), 2) << "the other kind never moves";
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, format(kind.openLine, 1, 0)));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, format(kind.openLine, 2, 1)));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, kind.startNotify));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, kind.startSkip));
+
+        mLog.clear();
+        close();
+        EXPECT_EQ(client->events(), Events{kind.start}) << "one holder remains";
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag, format(kind.closeLine, 1, 1)));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, kind.stopSkip));
+        close();
+        EXPECT_EQ(client->events(), (Events{kind.start, kind.stop}));
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, kind.stopNotify));
+        EXPECT_EQ(count(), 0);
+
+        // A start without clients still sets the flag: a later client catches up, once.
+        makeService();
+        open();
+        auto late = addClient();
+        open();
+        EXPECT_EQ(late->events(), Events{kind.start});
     }
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "[onTavixLogoNotification] notify "
-                             "tavixPrism_Callback_TavixLogoStart, size: 1"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "skip due to has already notified "
-                             "tavixPrism_Callback_TavixLogoStart"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "skip due to has already notified tavixPrism_Callback_LogoStop"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "[onTavixLogoNotification] notify tavixPrism_Callback_LogoStop, "
-                             "size: 1"));
-    // The logo and render sessions are independent.
-    EXPECT_EQ(peer().renderCount(), 0);
-    EXPECT_FALSE(peer().renderPlaying());
-}
-
-TEST_F(TpsTest, UnbalancedCloseIsAbsorbed) {
-    mProperties.setLogLevel(3);
-    auto client = addClient();
-    mTps->onTavixRenderNotification(false);
-    mTps->onTavixLogoNotification(false);
-    EXPECT_TRUE(client->events().empty());
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag,
-                             "[onTavixRenderNotification] enable: 0, mRenderProcessorCount: -1, "
-                             "isRenderPlaying: 0, callbackCount: 1"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_VERBOSE, kTag,
-                             "[onTavixLogoNotification] enable: 0, mLogoProcessorCount: -1, "
-                             "isLogoPlaying: 0, callbackCount: 1"));
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag,
-                             "skip due to has already notified tavixPrism_Callback_RenderStop"));
-    EXPECT_EQ(peer().renderCount(), 0);
-    EXPECT_EQ(peer().logoCount(), 0);
-
-    // The absorbed close does not eat the next open's start.
-    mTps->onTavixRenderNotification(true);
-    EXPECT_EQ(client->events(), Events{"Callback_TavixRenderStart"});
-    EXPECT_EQ(peer().renderCount(), 1);
-}
-
-TEST_F(TpsTest, StartWithoutClientsStillSetsTheFlag) {
-    mTps->onTavixRenderNotification(true);
-    EXPECT_TRUE(peer().renderPlaying());
-    auto client = addClient();
-    EXPECT_EQ(client->events(), Events{"Callback_TavixRenderStart"});
-    mTps->onTavixRenderNotification(true);
-    EXPECT_EQ(client->events(), Events{"Callback_TavixRenderStart"}) << "no second start";
 }
 
 TEST_F(TpsTest, FailingClientsAreDroppedAndTheOthersKeepTheirOrder) {
