@@ -1,0 +1,107 @@
+#include "MpFixture.h"
+
+#include <android/binder_manager.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <thread>
+
+#include "driver/DriverProcess.h"
+
+namespace mptest {
+
+namespace {
+pid_t gManagerPid = 0;
+}  // namespace
+
+std::unique_ptr<ChildProcess> spawnRole(const std::vector<std::string>& args) {
+    // Built before the fork: the child of a threaded process should only exec.
+    auto all = std::make_shared<std::vector<std::string>>();
+    all->push_back("multiprocess_tests");
+    all->push_back("--child");
+    all->insert(all->end(), args.begin(), args.end());
+    auto argv = std::make_shared<std::vector<char*>>();
+    for (std::string& arg : *all) argv->push_back(arg.data());
+    argv->push_back(nullptr);
+    return std::make_unique<ChildProcess>([all, argv] {
+        execv("/proc/self/exe", argv->data());
+        return 127;
+    });
+}
+
+void ServiceManagerEnvironment::SetUp() {
+    if (access(abinder::driver::DriverProcess::defaultDevicePath().c_str(), F_OK) != 0) return;
+    char dir[] = "/tmp/mp-vintf.XXXXXX";
+    ASSERT_NE(mkdtemp(dir), nullptr);
+    mVintfDir = dir;
+    std::ofstream(mVintfDir + "/tps.xml") << R"(<manifest version="1.0" type="device">
+    <hal format="aidl">
+        <name>vendor.tavix.tps</name>
+        <version>1</version>
+        <fqname>ITps/default</fqname>
+    </hal>
+</manifest>
+)";
+    const std::string vintfDir = mVintfDir;
+    mManager = std::make_unique<ChildProcess>([vintfDir] {
+        execl(SERVICEMANAGER_PATH, "servicemanager", "--vintf-dir", vintfDir.c_str(), nullptr);
+        return 127;
+    });
+    gManagerPid = mManager->pid();
+    // Ready once it answers.
+    const auto deadline = std::chrono::steady_clock::now() + drivertest::kPatience;
+    AIBinder* self = nullptr;
+    while ((self = AServiceManager_checkService("manager")) == nullptr &&
+           std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    ASSERT_NE(self, nullptr) << "servicemanager did not come up";
+    AIBinder_decStrong(self);
+}
+
+void ServiceManagerEnvironment::TearDown() {
+    mManager.reset();
+    if (!mVintfDir.empty()) {
+        unlink((mVintfDir + "/tps.xml").c_str());
+        rmdir(mVintfDir.c_str());
+    }
+}
+
+pid_t ServiceManagerEnvironment::pid() {
+    return gManagerPid;
+}
+
+void MultiProcessTest::SetUp() {
+    if (gManagerPid == 0) GTEST_SKIP() << "no binder device; run through tools/vm/run-in-vm";
+    mBaseline = drivertest::binderProcState(getpid());
+    mManagerBaseline = drivertest::binderProcState(gManagerPid);
+}
+
+void MultiProcessTest::TearDown() {
+    if (IsSkipped()) return;
+    for (auto& child : mChildren) child->kill();
+    mChildren.clear();
+    ProcState state;
+    EXPECT_TRUE(drivertest::waitForProcState(
+            getpid(),
+            [&](const ProcState& s) {
+                return s.buffers == 0 && s.refs == mBaseline.refs && s.nodes == mBaseline.nodes;
+            },
+            &state))
+            << "this process holds " << state.buffers << " buffers, " << state.refs << " refs and "
+            << state.nodes << " nodes; before the test " << mBaseline.refs << " refs and "
+            << mBaseline.nodes << " nodes";
+    EXPECT_TRUE(drivertest::waitForProcState(
+            gManagerPid,
+            [&](const ProcState& s) {
+                return s.buffers == 0 && s.refs == mManagerBaseline.refs &&
+                       s.nodes == mManagerBaseline.nodes;
+            },
+            &state))
+            << "the service manager holds " << state.buffers << " buffers, " << state.refs
+            << " refs and " << state.nodes << " nodes; before the test " << mManagerBaseline.refs
+            << " refs and " << mManagerBaseline.nodes << " nodes";
+}
+
+}  // namespace mptest

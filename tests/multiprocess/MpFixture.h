@@ -1,0 +1,46 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "DriverTestSupport.h"
+
+namespace mptest {
+
+using drivertest::ChildProcess;
+using drivertest::ProcState;
+
+// Starts this test binary again as a helper process running a role of MpRoles.h.
+std::unique_ptr<ChildProcess> spawnRole(const std::vector<std::string>& args);
+
+// The service manager every test of the binary shares, started with a VINTF fragment that
+// declares kTpsName only.
+class ServiceManagerEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override;
+    void TearDown() override;
+    static pid_t pid();
+
+private:
+    std::unique_ptr<ChildProcess> mManager;
+    std::string mVintfDir;
+};
+
+// Checks that the test leaves nothing behind in the driver: after its helper processes are gone,
+// this process and the service manager hold what they held before (no buffers at all).
+class MultiProcessTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    std::vector<std::unique_ptr<ChildProcess>> mChildren;
+
+private:
+    ProcState mBaseline;
+    ProcState mManagerBaseline;
+};
+
+}  // namespace mptest

@@ -1,0 +1,278 @@
+// The real service in its own process on the real binder driver, with servicemanager, sensord
+// and client processes around it. Run through tools/vm/run-in-vm (CTest label vm).
+//
+// The binary doubles as its client processes: "--child watcher" registers a callback and prints
+// every notification it receives.
+
+#include <aidl/vendor/tavix/tps/BnTpsCallback.h>
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <thread>
+
+#include "service_Harness.h"
+
+namespace svcmp {
+namespace {
+
+using aidl::vendor::tavix::tps::BnTpsCallback;
+using aidl::vendor::tavix::tps::ITps;
+
+constexpr float kSensorLux = 200.0f;
+const char* const kSensorInstance = "android.frameworks.sensorservice.ISensorManager/default";
+
+std::string gSelf;     // this binary, for the child processes
+std::string gWorkDir;  // logs, property store and VINTF fragments of this run
+
+class PrintingCallback : public BnTpsCallback {
+public:
+    ndk::ScopedAStatus onTavixNotification(const std::string& event) override {
+        printf("event %s\n", event.c_str());
+        fflush(stdout);
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus onTavixPrismPlaybackStart(bool*) override {
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus onTavixPrismPlaybackStop(bool*) override { return ndk::ScopedAStatus::ok(); }
+};
+
+int runWatcher() {
+    ABinderProcess_startThreadPool();
+    std::shared_ptr<ITps> tps = waitForTps();
+    if (tps == nullptr) return 1;
+    auto callback = ndk::SharedRefBase::make<PrintingCallback>();
+    // Printed before registering: a catch-up may arrive before registerCallback returns.
+    printf("registering\n");
+    fflush(stdout);
+    if (!tps->registerCallback(callback).isOk()) return 1;
+    for (;;) pause();
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    std::ofstream(path) << text;
+}
+
+// servicemanager and sensord for the whole run; each test starts the service afresh.
+class SystemEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        if (access("/dev/binder", F_OK) != 0) return;
+        char dir[] = "/tmp/tps-service-mp.XXXXXX";
+        ASSERT_NE(mkdtemp(dir), nullptr);
+        gWorkDir = dir;
+        mkdir((gWorkDir + "/vintf").c_str(), 0755);
+        writeFile(gWorkDir + "/vintf/tps.xml", R"(<manifest version="1.0" type="device">
+    <hal format="aidl"><name>vendor.tavix.tps</name><version>1</version>
+        <fqname>ITps/default</fqname></hal>
+    <hal format="aidl"><name>android.frameworks.sensorservice</name><version>1</version>
+        <fqname>ISensorManager/default</fqname></hal>
+</manifest>
+)");
+        setenv("TPS_PROPERTY_DIR", (gWorkDir + "/properties").c_str(), 1);
+        mkdir((gWorkDir + "/properties").c_str(), 0755);
+
+        mManager = std::make_unique<Process>(
+                std::vector<std::string>{SERVICEMANAGER_PATH, "--vintf-dir", gWorkDir + "/vintf"},
+                gWorkDir + "/servicemanager.log");
+        ASSERT_TRUE(waitForLog(gWorkDir + "/servicemanager.log", "ready on"));
+        mSensord = std::make_unique<Process>(
+                std::vector<std::string>{SENSORD_PATH, "--constant", "200"},
+                gWorkDir + "/sensord.log");
+        ndk::SpAIBinder sensors(AServiceManager_waitForService(kSensorInstance));
+        ASSERT_NE(sensors.get(), nullptr);
+    }
+
+    void TearDown() override {
+        mSensord.reset();
+        mManager.reset();
+    }
+
+private:
+    std::unique_ptr<Process> mManager;
+    std::unique_ptr<Process> mSensord;
+};
+
+class ServiceProcessTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (gWorkDir.empty()) GTEST_SKIP() << "no /dev/binder; run through tools/vm/run-in-vm";
+        const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        mLog = gWorkDir + "/" + info->name() + ".service.log";
+        startService();
+    }
+
+    void startService() {
+        ASSERT_TRUE(waitUntilUnlisted(kTpsInstance)) << "the previous service is still listed";
+        mService = std::make_unique<Process>(std::vector<std::string>{SERVICE_PATH}, mLog);
+        mTps = waitForTps();
+        ASSERT_NE(mTps, nullptr) << readFile(mLog);
+    }
+
+    void stopService() {
+        mTps.reset();
+        mService.reset();
+    }
+
+    std::unique_ptr<Process> startWatcher() {
+        auto watcher = std::make_unique<Process>(
+                std::vector<std::string>{gSelf, "--child", "watcher"}, gWorkDir + "/watcher.log");
+        std::string line;
+        EXPECT_TRUE(watcher->readLine(&line));
+        EXPECT_EQ(line, "registering");
+        return watcher;
+    }
+
+    void set(const std::string& text) { ASSERT_TRUE(mTps->setParameters(text).isOk()); }
+
+    std::vector<float> status() {
+        std::vector<float> values;
+        EXPECT_TRUE(mTps->getTavixPrismStatus(&values).isOk());
+        return values;
+    }
+
+    static std::string next(Process& watcher) {
+        std::string line;
+        return watcher.readLine(&line) ? line : "(nothing)";
+    }
+
+    std::string mLog;
+    std::unique_ptr<Process> mService;
+    std::shared_ptr<ITps> mTps;
+};
+
+TEST_F(ServiceProcessTest, RoadOfOneRequest) {
+    EXPECT_TRUE(waitForLog(mLog, "service name = vendor.tavix.tps.ITps/default"));
+    EXPECT_TRUE(waitForLog(mLog, "Tavix Prism hal service registered"));
+    auto watcher = startWatcher();
+
+    set("register_TPDPUProcessor=1");
+    EXPECT_EQ(next(*watcher), "event Callback_TavixRenderStart");
+    EXPECT_EQ(next(*watcher), "event Callback_TavixLogoStart");
+    EXPECT_TRUE(waitForLog(mLog, "setParameters: register_TPDPUProcessor=1"));
+
+    // Lux comes from sensord's events through the filter, whose first sample passes unchanged.
+    std::vector<float> values;
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while ((values = status()).at(4) == 0.0f && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    EXPECT_NEAR(values.at(4), kSensorLux, 1.0f);
+    set("brightness=100");
+    EXPECT_EQ(status().at(0), 100.0f) << "the backlight filter's first sample passes unchanged";
+
+    set("Unregister_TPDPUProcessor");
+    EXPECT_EQ(next(*watcher), "event Callback_TavixRenderStop");
+    EXPECT_EQ(next(*watcher), "event Callback_TavixLogoStop");
+}
+
+TEST_F(ServiceProcessTest, LateClientCatchesUpOnRunningSessions) {
+    set("register_TPC2Processor=1");
+    auto watcher = startWatcher();
+    EXPECT_EQ(next(*watcher), "event Callback_TavixLogoStart");
+    set("register_SDRDPUProcessor=1");
+    EXPECT_EQ(next(*watcher), "event Callback_TavixRenderStart");
+}
+
+TEST_F(ServiceProcessTest, DeadClientIsDroppedAtTheNextFanOut) {
+    auto doomed = startWatcher();
+    auto survivor = startWatcher();
+    doomed->kill(SIGKILL);
+    doomed->wait();
+
+    const std::string failure =
+            "onTavixNotification tavixPrism_Callback_TavixRenderStart "
+            "transaction fail";
+    set("register_SDRDPUProcessor=0");
+    EXPECT_EQ(next(*survivor), "event Callback_TavixRenderStart");
+    EXPECT_EQ(countOccurrences(readFile(mLog), failure), 1) << readFile(mLog);
+    // Its proxy went with it: the service holds no reference to the dead node any more.
+    EXPECT_EQ(deadRefs(mService->pid()), 0);
+
+    set("Unregister_SDRDPUProcessor");
+    EXPECT_EQ(next(*survivor), "event Callback_TavixRenderStop");
+    EXPECT_EQ(countOccurrences(readFile(mLog), "transaction fail"), 1) << "called once only";
+}
+
+TEST_F(ServiceProcessTest, MoreConcurrentCallersThanPoolThreads) {
+    auto watcher = startWatcher();
+    constexpr int kCallers = 12;  // the service serves on 4 pool threads and its main thread
+    constexpr int kRounds = 20;
+    std::atomic<int> failures{0};
+    std::vector<std::thread> callers;
+    for (int c = 0; c < kCallers; ++c) {
+        callers.emplace_back([&, c] {
+            for (int i = 0; i < kRounds; ++i) {
+                std::vector<float> values;
+                std::string reply;
+                bool ok = mTps->registerProcessor(c % 2 == 0).isOk() &&
+                          mTps->getTavixPrismStatus(&values).isOk() && values.size() == 7 &&
+                          mTps->getParameters("all", &reply).isOk() &&
+                          mTps->setParameters("displaySize=1080,2400;pqModes=0,1").isOk() &&
+                          mTps->unregisterProcessor().isOk();
+                if (!ok) ++failures;
+            }
+        });
+    }
+    for (auto& caller : callers) caller.join();
+    EXPECT_EQ(failures, 0);
+
+    // Nothing was left open: a client arriving now gets no catch-up (which would come logo
+    // first), only the fan-out of a new session (render first).
+    auto late = startWatcher();
+    ASSERT_TRUE(mTps->registerProcessor(true).isOk());
+    EXPECT_EQ(next(*late), "event Callback_TavixRenderStart");
+    EXPECT_EQ(next(*late), "event Callback_TavixLogoStart");
+    ASSERT_TRUE(mTps->unregisterProcessor().isOk());
+    EXPECT_EQ(next(*late), "event Callback_TavixRenderStop");
+
+    // The first client heard each kind alternate, start first, and end on a stop.
+    watcher->kill(SIGTERM);
+    std::map<std::string, std::string> lastOf;  // kind -> last event
+    std::string line;
+    int events = 0;
+    while (watcher->readLine(&line)) {
+        for (const char* kind : {"Render", "Logo"}) {
+            const std::string start = std::string("event Callback_Tavix") + kind + "Start";
+            const std::string stop = std::string("event Callback_Tavix") + kind + "Stop";
+            if (line != start && line != stop) continue;
+            ++events;
+            EXPECT_NE(line, lastOf[kind]) << "two in a row";
+            if (lastOf[kind].empty()) {
+                EXPECT_EQ(line, start);
+            }
+            lastOf[kind] = line;
+        }
+    }
+    EXPECT_GE(events, 4);
+    EXPECT_EQ(lastOf["Render"], "event Callback_TavixRenderStop");
+    EXPECT_EQ(lastOf["Logo"], "event Callback_TavixLogoStop");
+}
+
+TEST_F(ServiceProcessTest, PictureModeSurvivesARestart) {
+    set("pqMode=2");
+    stopService();
+    startService();
+    EXPECT_EQ(status().at(2), 2.0f);
+    set("pqMode=0");
+}
+
+}  // namespace
+}  // namespace svcmp
+
+int main(int argc, char** argv) {
+    svcmp::gSelf = argv[0];
+    if (argc == 3 && strcmp(argv[1], "--child") == 0 && strcmp(argv[2], "watcher") == 0) {
+        return svcmp::runWatcher();
+    }
+    ::testing::InitGoogleTest(&argc, argv);
+    ::testing::AddGlobalTestEnvironment(new svcmp::SystemEnvironment);
+    return RUN_ALL_TESTS();
+}
