@@ -43,25 +43,6 @@ TEST(FromBinderTest, ForeignClassNeedsTheSameDescriptor) {
     EXPECT_EQ(ITps::fromBinder(::ndk::SpAIBinder()), nullptr);
 }
 
-TEST(ParcelTest, InterfaceRoundTripsThroughAParcel) {
-    auto callback = ::ndk::SharedRefBase::make<NiceMock<MockTpsCallback>>();
-    ::ndk::ScopedAParcel parcel(AParcel_create());
-    ASSERT_EQ(ITpsCallback::writeToParcel(parcel.get(), callback), STATUS_OK);
-    ASSERT_EQ(ITpsCallback::writeToParcel(parcel.get(), nullptr), STATUS_OK);
-    AParcel_setDataPosition(parcel.get(), 0);
-
-    std::shared_ptr<ITpsCallback> read;
-    ASSERT_EQ(ITpsCallback::readFromParcel(parcel.get(), &read), STATUS_OK);
-    EXPECT_EQ(read.get(), callback.get());
-    ASSERT_EQ(ITpsCallback::readFromParcel(parcel.get(), &read), STATUS_OK);
-    EXPECT_EQ(read, nullptr);
-
-    // A failed read leaves the target as it was.
-    read = callback;
-    EXPECT_NE(ITpsCallback::readFromParcel(parcel.get(), &read), STATUS_OK);
-    EXPECT_EQ(read.get(), callback.get());
-}
-
 TEST(AsBinderTest, OneBinderWhileHeldAFreshOneAfterwards) {
     auto tps = ::ndk::SharedRefBase::make<NiceMock<MockTps>>();
     const long ownersAlone = tps.use_count();

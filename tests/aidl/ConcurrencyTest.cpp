@@ -1,21 +1,17 @@
-// Many threads on one proxy, as binder pool threads do during a notification fan-out.
+// Many threads on one callback proxy, as binder pool threads do during a notification fan-out.
 // Meant to run under ThreadSanitizer as well (CTest label "concurrency").
 
-#include <aidl/vendor/tavix/tps/BpTps.h>
 #include <aidl/vendor/tavix/tps/BpTpsCallback.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
-#include "Mocks.h"
 #include "ScriptedBinder.h"
 #include "Wire.h"
 
 namespace aidl::vendor::tavix::tps::test {
 namespace {
-
-using ::testing::_;
-using ::testing::NiceMock;
 
 constexpr int kThreads = 8;
 constexpr int kCallsPerThread = 50;
@@ -53,24 +49,6 @@ TEST(ConcurrencyTest, CachesAreFilledOnceUnderConcurrentFirstCalls) {
     // The version is lock-free: each thread asks at most once, until it sees the cached value.
     EXPECT_GE(remote.countOf(16777215), 1u);
     EXPECT_LE(remote.countOf(16777215), size_t{kThreads});
-}
-
-TEST(ConcurrencyTest, ParallelRoundTripsThroughTheStub) {
-    auto tps = ::ndk::SharedRefBase::make<NiceMock<MockTps>>();
-    ON_CALL(*tps, getTavixPrismStatus(_))
-            .WillByDefault(ReturnOkWith<0>(std::vector<float>(7, 2.0f)));
-    ON_CALL(*tps, setParameters(_)).WillByDefault(ReturnOk());
-    auto proxy = ::ndk::SharedRefBase::make<BpTps>(tps->asBinder());
-    std::atomic<int> wrong{0};
-
-    runOnThreads([&] {
-        for (int i = 0; i < kCallsPerThread; ++i) {
-            std::vector<float> status;
-            if (!proxy->getTavixPrismStatus(&status).isOk() || status.size() != 7) ++wrong;
-            if (!proxy->setParameters("pqMode=1").isOk()) ++wrong;
-        }
-    });
-    EXPECT_EQ(wrong.load(), 0);
 }
 
 }  // namespace

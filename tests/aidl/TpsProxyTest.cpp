@@ -32,82 +32,54 @@ protected:
                                return mAnswer(code, in, out);
                            }};
     std::shared_ptr<ITps> mProxy = ITps::fromBinder(mRemote.binder());
-
-    std::string lastRequestHex() {
-        std::vector<ScriptedBinder::Request> requests = mRemote.requests();
-        return requests.empty() ? "<none>" : hex(requests.back().bytes);
-    }
-
-    transaction_code_t lastCode() {
-        std::vector<ScriptedBinder::Request> requests = mRemote.requests();
-        return requests.empty() ? 0 : requests.back().code;
-    }
-
-    static std::string expect(const Wire& wire) { return hex(wire.bytes()); }
 };
 
-TEST_F(TpsProxyTest, RequestsAreTheTokenThenTheArguments) {
+TEST_F(TpsProxyTest, RequestsAreTheTokenThenTheArgumentsWithTheVendorFlag) {
     ASSERT_NE(mProxy, nullptr);
-    const Wire token = Wire().token("vendor.tavix.tps.ITps");
-    auto withToken = [&] { return Wire(token); };
     std::vector<float> floats;
     std::vector<int32_t> ids;
     std::string text;
     int32_t version = 0;
-
-    mProxy->getTavixPrismStatus(&floats);
-    EXPECT_EQ(lastCode(), 1u);
-    EXPECT_EQ(lastRequestHex(), expect(token));
-
-    mProxy->registerProcessor(true);
-    EXPECT_EQ(lastCode(), 3u);
-    EXPECT_EQ(lastRequestHex(), expect(withToken().i32(1)));
-    mProxy->registerProcessor(false);
-    EXPECT_EQ(lastRequestHex(), expect(withToken().i32(0)));
-
-    mProxy->unregisterProcessor();
-    EXPECT_EQ(lastCode(), 4u);
-    EXPECT_EQ(lastRequestHex(), expect(token));
-
-    mProxy->updateParams(7, -1);
-    EXPECT_EQ(lastCode(), 5u);
-    EXPECT_EQ(lastRequestHex(), expect(withToken().i64(7).i64(-1)));
-
-    mProxy->updateDisplayIDs({});
-    EXPECT_EQ(lastCode(), 6u);
-    EXPECT_EQ(lastRequestHex(), expect(withToken().i32(0)));
-    mProxy->updateDisplayIDs({3, 4});
-    EXPECT_EQ(lastRequestHex(), expect(withToken().i32(2).i32(3).i32(4)));
-
-    mProxy->getDisplayIDs(&ids);
-    EXPECT_EQ(lastCode(), 7u);
-    EXPECT_EQ(lastRequestHex(), expect(token));
-
-    mProxy->setParameters("a=1");
-    EXPECT_EQ(lastCode(), 8u);
-    EXPECT_EQ(lastRequestHex(), expect(withToken().str("a=1")));
-    mProxy->setParameters("");
-    EXPECT_EQ(lastRequestHex(), expect(withToken().i32(0).i32(0)));
-
-    mProxy->getParameters("all", &text);
-    EXPECT_EQ(lastCode(), 9u);
-    EXPECT_EQ(lastRequestHex(), expect(withToken().str("all")));
-
-    mProxy->getInterfaceVersion(&version);
-    EXPECT_EQ(lastCode(), 16777215u);
-    EXPECT_EQ(lastRequestHex(), expect(token));
-
-    mProxy->getInterfaceHash(&text);
-    EXPECT_EQ(lastCode(), 16777214u);
-    EXPECT_EQ(lastRequestHex(), expect(token));
-}
-
-TEST_F(TpsProxyTest, NullCallbackIsSentAsANullBinderObject) {
-    EXPECT_TRUE(mProxy->registerCallback(nullptr).isOk());
-    EXPECT_EQ(lastCode(), 2u);
-    // flat_binder_object {type BINDER, flags, binder 0, cookie 0}, then stability 0.
-    Wire expected = Wire().token("vendor.tavix.tps.ITps").i32(0x73622a85).i32(0x13).i64(0).i64(0);
-    EXPECT_EQ(lastRequestHex(), expect(expected.i32(0)));
+    struct Case {
+        transaction_code_t code;
+        std::function<void(ITps&)> call;
+        Wire args;
+    };
+    const Case cases[] = {
+            {1, [&](ITps& p) { p.getTavixPrismStatus(&floats); }, Wire()},
+            // A null binder object: type BINDER, flags, binder 0, cookie 0, then stability 0.
+            {2, [](ITps& p) { p.registerCallback(nullptr); },
+             Wire().i32(0x73622a85).i32(0x13).i64(0).i64(0).i32(0)},
+            {3, [](ITps& p) { p.registerProcessor(true); }, Wire().i32(1)},
+            {3, [](ITps& p) { p.registerProcessor(false); }, Wire().i32(0)},
+            {4, [](ITps& p) { p.unregisterProcessor(); }, Wire()},
+            {5, [](ITps& p) { p.updateParams(7, -1); }, Wire().i64(7).i64(-1)},
+            {6, [](ITps& p) { p.updateDisplayIDs({}); }, Wire().i32(0)},
+            {6,
+             [](ITps& p) {
+                 p.updateDisplayIDs({3, 4});
+             },
+             Wire().i32(2).i32(3).i32(4)},
+            {7, [&](ITps& p) { p.getDisplayIDs(&ids); }, Wire()},
+            {8, [](ITps& p) { p.setParameters("a=1"); }, Wire().str("a=1")},
+            {8, [](ITps& p) { p.setParameters(""); }, Wire().i32(0).i32(0)},
+            {9, [&](ITps& p) { p.getParameters("all", &text); }, Wire().str("all")},
+            {16777215, [&](ITps& p) { p.getInterfaceVersion(&version); }, Wire()},
+            {16777214, [&](ITps& p) { p.getInterfaceHash(&text); }, Wire()},
+    };
+    for (const Case& c : cases) {
+        takeTransactions();
+        c.call(*mProxy);
+        std::vector<ScriptedBinder::Request> requests = mRemote.requests();
+        ASSERT_FALSE(requests.empty());
+        EXPECT_EQ(requests.back().code, c.code);
+        Wire expected = Wire().token("vendor.tavix.tps.ITps");
+        expected.append(c.args);
+        EXPECT_EQ(hex(requests.back().bytes), hex(expected.bytes())) << "code " << c.code;
+        std::vector<TransactRecord> transacts = takeTransactions();
+        ASSERT_EQ(transacts.size(), 1u);
+        EXPECT_EQ(transacts[0].flags, kVendorFlag) << "code " << c.code;
+    }
 }
 
 TEST_F(TpsProxyTest, ResultsAreReadAfterAnOkHeader) {
@@ -190,11 +162,12 @@ TEST_F(TpsProxyTest, UnknownTransactionFallsBackToTheDefaultImplementation) {
     EXPECT_CALL(*fallback, getParameters("all", _))
             .WillOnce(ReturnOkWith<1>(std::string("from default")));
     EXPECT_CALL(*fallback, updateParams(1, 2)).WillOnce(ReturnOk());
-    ASSERT_TRUE(ITps::setDefaultImpl(fallback));
-
     mAnswer = [](transaction_code_t, const AParcel*, AParcel*) {
         return STATUS_UNKNOWN_TRANSACTION;
     };
+    EXPECT_EQ(mProxy->unregisterProcessor().getStatus(), STATUS_UNKNOWN_TRANSACTION);
+
+    ASSERT_TRUE(ITps::setDefaultImpl(fallback));
     std::string text;
     EXPECT_TRUE(mProxy->getParameters("all", &text).isOk());
     EXPECT_EQ(text, "from default");
@@ -228,7 +201,6 @@ TEST(TpsRoundTripTest, ProxyAndStubAgreeOnEveryMethod) {
     EXPECT_CALL(*tps, getParameters("pqMode", _))
             .WillOnce(ReturnOkWith<1>(std::string("pqMode=1")));
 
-    takeTransactions();
     std::vector<float> floats;
     EXPECT_TRUE(proxy->getTavixPrismStatus(&floats).isOk());
     EXPECT_THAT(floats, ElementsAre(10.0f, 0.0f, 2.0f, 1.0f, 55.5f));
@@ -249,12 +221,6 @@ TEST(TpsRoundTripTest, ProxyAndStubAgreeOnEveryMethod) {
     EXPECT_EQ(version, 1);
     EXPECT_TRUE(proxy->getInterfaceHash(&text).isOk());
     EXPECT_EQ(text, ITps::hash);
-
-    std::vector<TransactRecord> transacts = takeTransactions();
-    EXPECT_EQ(transacts.size(), 11u);
-    for (const TransactRecord& record : transacts) {
-        EXPECT_EQ(record.flags, kVendorFlag) << "code " << record.code;
-    }
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include <aidl/vendor/tavix/tps/BnTps.h>
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "LinkSeams.h"
 #include "Mocks.h"
 #include "Wire.h"
@@ -64,7 +62,8 @@ TEST_F(TpsStubTest, VersionAndHashAreAnsweredWithoutTheImplementation) {
     Outcome hash = dispatch(16777214);
     EXPECT_EQ(hash.result, STATUS_OK);
     EXPECT_EQ(hex(hash.reply), hex(Wire().ok().str(ITps::hash).bytes()));
-    EXPECT_TRUE(std::regex_match(ITps::hash, std::regex("[0-9a-f]{40}"))) << ITps::hash;
+    EXPECT_EQ(ITps::hash.size(), 40u);
+    EXPECT_EQ(ITps::hash.find_first_not_of("0123456789abcdef"), std::string::npos) << ITps::hash;
 }
 
 TEST_F(TpsStubTest, ArgumentsArriveInParcelOrder) {

@@ -8,7 +8,7 @@ namespace aidl::vendor::tavix::tps::test {
 namespace {
 
 template <typename T>
-void append(std::vector<uint8_t>* bytes, T value) {
+void appendRaw(std::vector<uint8_t>* bytes, T value) {
     uint8_t raw[sizeof(T)];
     std::memcpy(raw, &value, sizeof(T));
     bytes->insert(bytes->end(), raw, raw + sizeof(T));
@@ -17,24 +17,24 @@ void append(std::vector<uint8_t>* bytes, T value) {
 }  // namespace
 
 Wire& Wire::i32(int32_t value) {
-    append(&mBytes, value);
+    appendRaw(&mBytes, value);
     return *this;
 }
 
 Wire& Wire::i64(int64_t value) {
-    append(&mBytes, value);
+    appendRaw(&mBytes, value);
     return *this;
 }
 
 Wire& Wire::f32(float value) {
-    append(&mBytes, value);
+    appendRaw(&mBytes, value);
     return *this;
 }
 
 Wire& Wire::str(std::string_view ascii) {
     i32(static_cast<int32_t>(ascii.size()));
-    for (char c : ascii) append(&mBytes, static_cast<uint16_t>(c));
-    append(&mBytes, uint16_t{0});
+    for (char c : ascii) appendRaw(&mBytes, static_cast<uint16_t>(c));
+    appendRaw(&mBytes, uint16_t{0});
     while (mBytes.size() % 4 != 0) mBytes.push_back(0);
     return *this;
 }
@@ -45,6 +45,11 @@ Wire& Wire::token(std::string_view descriptor) {
 
 Wire& Wire::exception(int32_t code, std::string_view message) {
     return i32(code).str(message).i32(0);
+}
+
+Wire& Wire::append(const Wire& other) {
+    mBytes.insert(mBytes.end(), other.mBytes.begin(), other.mBytes.end());
+    return *this;
 }
 
 std::vector<uint8_t> parcelBytes(const AParcel* parcel) {

@@ -24,6 +24,7 @@ public:
     Wire& ok() { return i32(0); }
     // Status header with an exception: code, message, empty stack-trace header.
     Wire& exception(int32_t code, std::string_view message = "");
+    Wire& append(const Wire& other);
 
     const std::vector<uint8_t>& bytes() const { return mBytes; }
 
