@@ -81,7 +81,7 @@ std::shared_ptr<DriverTransport> DriverTransport::current() {
 }
 
 DriverTransport::~DriverTransport() {
-    mProcess->shutdown();
+    if (mProcess != nullptr) mProcess->shutdown();
     if (AIBinder* object = mContextObject.load(); object != nullptr) object->refs()->decStrong();
 }
 
