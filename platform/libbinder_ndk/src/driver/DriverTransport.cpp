@@ -1,6 +1,7 @@
 #include "DriverTransport.h"
 
 #include <string.h>
+#include <unistd.h>
 
 #include <vector>
 
@@ -67,6 +68,25 @@ bool stripSecurityContextRequests(const AParcel& parcel, std::vector<uint8_t>* c
     return found;
 }
 
+// A parcel made from a received buffer: descriptors the kernel installed for it are this
+// process's to close, and the buffer goes back when the parcel lets go of it.
+void adoptReceived(AParcel& parcel, const std::shared_ptr<Transport>& transport,
+                   ReceivedBuffer&& received) {
+    auto buffer = std::make_shared<ReceivedBuffer>(std::move(received));
+    parcel.adopt(transport, buffer->data(), buffer->size(), buffer->offsets(),
+                 buffer->offsetCount(), [buffer] {
+                     for (size_t i = 0; i < buffer->offsetCount(); ++i) {
+                         const binder_size_t offset = buffer->offsets()[i];
+                         if (offset + sizeof(flat_binder_object) > buffer->size()) continue;
+                         flat_binder_object object;
+                         memcpy(&object, buffer->data() + offset, sizeof(object));
+                         if (object.hdr.type == BINDER_TYPE_FD)
+                             close(static_cast<int>(object.handle));
+                     }
+                     buffer->reset();
+                 });
+}
+
 }  // namespace
 
 std::shared_ptr<DriverTransport> DriverTransport::open(const std::string& path) {
@@ -109,9 +129,7 @@ binder_status_t DriverTransport::transact(uint32_t handle, transaction_code_t co
             handle, code, out, flags, oneway || reply == nullptr ? nullptr : &received);
     if (status != STATUS_OK || oneway || reply == nullptr || received.empty()) return status;
 
-    auto buffer = std::make_shared<ReceivedBuffer>(std::move(received));
-    reply->adopt(shared_from_this(), buffer->data(), buffer->size(), buffer->offsets(),
-                 buffer->offsetCount(), [buffer] { buffer->reset(); });
+    adoptReceived(*reply, shared_from_this(), std::move(received));
     return STATUS_OK;
 }
 
@@ -214,10 +232,8 @@ void DriverTransport::onTransaction(DriverThread& thread, IncomingTransaction& t
     }
     {
         SchedulerBoost boost(policy);
-        auto buffer = std::make_shared<ReceivedBuffer>(std::move(txn.data));
         AParcel data;
-        data.adopt(shared_from_this(), buffer->data(), buffer->size(), buffer->offsets(),
-                   buffer->offsetCount(), [buffer] { buffer->reset(); });
+        adoptReceived(data, shared_from_this(), std::move(txn.data));
         AParcel reply;
         binder_status_t status;
         {
