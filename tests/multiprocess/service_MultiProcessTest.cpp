@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <deque>
 #include <fstream>
 #include <map>
 #include <thread>
@@ -49,10 +50,9 @@ int runWatcher() {
     std::shared_ptr<ITps> tps = waitForTps();
     if (tps == nullptr) return 1;
     auto callback = ndk::SharedRefBase::make<PrintingCallback>();
-    // Printed before registering: a catch-up may arrive before registerCallback returns.
-    printf("registering\n");
-    fflush(stdout);
     if (!tps->registerCallback(callback).isOk()) return 1;
+    printf("registered\n");
+    fflush(stdout);
     for (;;) pause();
 }
 
@@ -121,12 +121,22 @@ protected:
         mService.reset();
     }
 
-    std::unique_ptr<Process> startWatcher() {
-        auto watcher = std::make_unique<Process>(
+    // A client process with a registered callback. Its catch-up events may come before the
+    // line saying that registerCallback returned; they are kept for next().
+    struct Watcher {
+        std::unique_ptr<Process> process;
+        std::deque<std::string> early;
+    };
+
+    std::unique_ptr<Watcher> startWatcher() {
+        auto watcher = std::make_unique<Watcher>();
+        watcher->process = std::make_unique<Process>(
                 std::vector<std::string>{gSelf, "--child", "watcher"}, gWorkDir + "/watcher.log");
         std::string line;
-        EXPECT_TRUE(watcher->readLine(&line));
-        EXPECT_EQ(line, "registering");
+        while (watcher->process->readLine(&line) && line != "registered") {
+            watcher->early.push_back(line);
+        }
+        EXPECT_EQ(line, "registered");
         return watcher;
     }
 
@@ -138,9 +148,14 @@ protected:
         return values;
     }
 
-    static std::string next(Process& watcher) {
+    static std::string next(Watcher& watcher) {
         std::string line;
-        return watcher.readLine(&line) ? line : "(nothing)";
+        if (!watcher.early.empty()) {
+            line = watcher.early.front();
+            watcher.early.pop_front();
+            return line;
+        }
+        return watcher.process->readLine(&line) ? line : "(nothing)";
     }
 
     std::string mLog;
@@ -184,8 +199,9 @@ TEST_F(ServiceProcessTest, LateClientCatchesUpOnRunningSessions) {
 TEST_F(ServiceProcessTest, DeadClientIsDroppedAtTheNextFanOut) {
     auto doomed = startWatcher();
     auto survivor = startWatcher();
-    doomed->kill(SIGKILL);
-    doomed->wait();
+    doomed->process->kill(SIGKILL);
+    doomed->process->wait();
+    EXPECT_EQ(deadRefs(mService->pid()), 1) << "the service still holds the dead client";
 
     const std::string failure =
             "onTavixNotification tavixPrism_Callback_TavixRenderStart "
@@ -234,11 +250,11 @@ TEST_F(ServiceProcessTest, MoreConcurrentCallersThanPoolThreads) {
     EXPECT_EQ(next(*late), "event Callback_TavixRenderStop");
 
     // The first client heard each kind alternate, start first, and end on a stop.
-    watcher->kill(SIGTERM);
+    watcher->process->kill(SIGTERM);
     std::map<std::string, std::string> lastOf;  // kind -> last event
     std::string line;
     int events = 0;
-    while (watcher->readLine(&line)) {
+    while (watcher->process->readLine(&line)) {
         for (const char* kind : {"Render", "Logo"}) {
             const std::string start = std::string("event Callback_Tavix") + kind + "Start";
             const std::string stop = std::string("event Callback_Tavix") + kind + "Stop";
