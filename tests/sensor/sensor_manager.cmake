@@ -16,15 +16,12 @@ if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
         ${TPS_SENSOR_TEST_DIR}/sensorservice_TestUtil.cpp
         ${TPS_SENSOR_TEST_DIR}/sensorservice_WireTest.cpp
     )
-    # The manager comes with tps_sensor once that library carries it; until then it is built here.
-    set(TPS_MANAGER_SOURCE ${TPS_SENSOR_TEST_DIR}/../../sensor/TPLightSensorManagerAIDL.cpp)
-    if(TARGET tps_sensor)
-        get_target_property(TPS_SENSOR_SOURCES_IN_LIBRARY tps_sensor SOURCES)
-    endif()
-    if(TARGET tps_sensor AND "TPLightSensorManagerAIDL.cpp" IN_LIST TPS_SENSOR_SOURCES_IN_LIBRARY)
-        target_link_libraries(sensor_manager_tests PRIVATE tps_sensor)
+    # The manager's own library when sensor/ offers it; otherwise its source is built here.
+    if(TARGET tps_light_sensor_manager)
+        target_link_libraries(sensor_manager_tests PRIVATE tps_light_sensor_manager)
     else()
-        target_sources(sensor_manager_tests PRIVATE ${TPS_MANAGER_SOURCE})
+        target_sources(sensor_manager_tests PRIVATE
+            ${TPS_SENSOR_TEST_DIR}/../../sensor/TPLightSensorManagerAIDL.cpp)
         target_include_directories(sensor_manager_tests PRIVATE
             ${TPS_SENSOR_TEST_DIR}/../../sensor)
     endif()
