@@ -1,0 +1,215 @@
+// The light sensor manager against sensord in its own process, over the real binder driver, with
+// the project's servicemanager. Run through tools/vm/run-in-vm (CTest label vm).
+
+#include <aidl/android/frameworks/sensorservice/ISensorManager.h>
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <android/log.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "LogCapture.h"
+#include "TPLightSensorManagerAIDL.h"
+#include "sensorservice_TestUtil.h"
+
+namespace {
+
+using ::aidl::android::frameworks::sensorservice::IEventQueue;
+using ::aidl::android::frameworks::sensorservice::ISensorManager;
+using tavixPrism::TPLightSensorManager;
+
+constexpr char kTag[] = "TavixLightSensorManager";
+const std::string kInstance = std::string(ISensorManager::descriptor) + "/default";
+
+std::string gWorkDir;  // empty without a binder driver
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path);
+    std::stringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+// A program started with fork/exec, its stdin writable through a pipe and its stderr in a file.
+// Killed and reaped on destruction.
+class Process {
+public:
+    Process(const std::vector<std::string>& argv, const std::string& stderrPath) {
+        int in[2];
+        if (pipe2(in, O_CLOEXEC) != 0) return;
+        mPid = fork();
+        if (mPid == 0) {
+            dup2(in[0], STDIN_FILENO);
+            const int err = open(stderrPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+            if (err >= 0) dup2(err, STDERR_FILENO);
+            std::vector<char*> args;
+            for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+            args.push_back(nullptr);
+            execv(args[0], args.data());
+            _exit(127);
+        }
+        close(in[0]);
+        mStdin = in[1];
+    }
+    ~Process() {
+        kill(SIGKILL);
+        if (mStdin >= 0) close(mStdin);
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void write(const std::string& text) {
+        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(mStdin, text.data(), text.size()));
+    }
+    void kill(int signal) {
+        if (mPid <= 0) return;
+        ::kill(mPid, signal);
+        waitpid(mPid, nullptr, 0);
+        mPid = -1;
+    }
+
+private:
+    pid_t mPid = -1;
+    int mStdin = -1;
+};
+
+bool serviceListed() {
+    ::ndk::SpAIBinder binder(AServiceManager_checkService(kInstance.c_str()));
+    return binder.get() != nullptr && AIBinder_isAlive(binder.get());
+}
+
+// servicemanager for the whole run; this process serves its own callbacks on a thread pool.
+class DriverEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        if (access("/dev/binder", F_OK) != 0) return;
+        char dir[] = "/tmp/tps-sensor-mp.XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(dir));
+        gWorkDir = dir;
+        mkdir((gWorkDir + "/vintf").c_str(), 0755);
+        std::ofstream(gWorkDir + "/vintf/sensors.xml")
+                << R"(<manifest version="1.0" type="framework">
+    <hal format="aidl"><name>android.frameworks.sensorservice</name><version>1</version>
+        <fqname>ISensorManager/default</fqname></hal>
+</manifest>
+)";
+        mServiceManager = std::make_unique<Process>(
+                std::vector<std::string>{SERVICEMANAGER_PATH, "--vintf-dir", gWorkDir + "/vintf"},
+                gWorkDir + "/servicemanager.log");
+        ASSERT_TRUE(sensortest::eventually([] {
+            return readFile(gWorkDir + "/servicemanager.log").find("ready on") != std::string::npos;
+        }));
+        ABinderProcess_setThreadPoolMaxThreadCount(2);
+        ABinderProcess_startThreadPool();
+    }
+    void TearDown() override { mServiceManager.reset(); }
+
+private:
+    std::unique_ptr<Process> mServiceManager;
+};
+
+class SensordProcessTest : public tps::test::LoggingTest {
+protected:
+    void SetUp() override {
+        if (gWorkDir.empty()) GTEST_SKIP() << "no /dev/binder; run through tools/vm/run-in-vm";
+    }
+
+    void TearDown() override {
+        if (!mSensord) return;
+        mSensord->kill(SIGKILL);
+        // The next test registers afresh once servicemanager has seen this one die.
+        EXPECT_TRUE(sensortest::eventually([] { return !serviceListed(); }));
+    }
+
+    void startSensord(std::vector<std::string> args) {
+        args.insert(args.begin(), SENSORD_PATH);
+        mSensord = std::make_unique<Process>(args, gWorkDir + "/sensord.log");
+        ASSERT_TRUE(sensortest::eventually(serviceListed)) << readFile(gWorkDir + "/sensord.log");
+    }
+
+    void startManager(TPLightSensorManager& manager) {
+        ASSERT_EQ(0, manager.createLightSensor());
+        ASSERT_EQ(0, manager.createEventQueue());
+        ASSERT_EQ(0, manager.enableSensor());
+    }
+
+    std::unique_ptr<Process> mSensord;
+};
+
+TEST_F(SensordProcessTest, LuxArrivesFromTheOtherProcess) {
+    startSensord({"--constant", "123.5", "--additional-info"});
+    TPLightSensorManager manager;
+    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_DEBUG, kTag,
+                             "Link to sensor service death notification successful"));
+    startManager(manager);
+    EXPECT_TRUE(mLog.has(ANDROID_LOG_INFO, kTag, "Name :Ambient Light Sensor (simulated)"));
+    EXPECT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 123.5f; }));
+    EXPECT_EQ(0, manager.disableSensor());
+    manager.destroyEventQueue();
+}
+
+TEST_F(SensordProcessTest, LinesOnStandardInputBecomeLux) {
+    startSensord({"--stdin"});
+    TPLightSensorManager manager;
+    startManager(manager);
+    mSensord->write("55\n");
+    EXPECT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 55.0f; }));
+    mSensord->write("not a number\n66.25\n");
+    EXPECT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 66.25f; }));
+    EXPECT_NE(std::string::npos, readFile(gWorkDir + "/sensord.log")
+                                         .find("stdin:2: lux is not a number: 'not a number'"));
+    EXPECT_EQ(0, manager.disableSensor());
+    manager.destroyEventQueue();
+}
+
+TEST_F(SensordProcessTest, ServiceDeathIsReportedAndLaterCallsFail) {
+    startSensord({"--constant", "9"});
+    TPLightSensorManager manager;
+    startManager(manager);
+    ASSERT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 9.0f; }));
+
+    mSensord->kill(SIGKILL);
+    EXPECT_TRUE(sensortest::eventually([&] {
+        return mLog.count(ANDROID_LOG_ERROR, kTag, "Ambinet light Sensor service died") == 1;
+    })) << mLog.dump();
+    EXPECT_EQ(-22, manager.disableSensor());
+    EXPECT_EQ(9.0f, manager.getCurAmbinetLux());
+    manager.destroyEventQueue();
+}
+
+TEST_F(SensordProcessTest, NullCallbackTravelsAndIsRefused) {
+    startSensord({});
+    ::ndk::SpAIBinder binder(AServiceManager_waitForService(kInstance.c_str()));
+    std::shared_ptr<ISensorManager> service = ISensorManager::fromBinder(binder);
+    ASSERT_NE(nullptr, service);
+    ASSERT_TRUE(service->isRemote());
+
+    std::shared_ptr<IEventQueue> queue;
+    ::ndk::ScopedAStatus status = service->createEventQueue(nullptr, &queue);
+    EXPECT_EQ(EX_SERVICE_SPECIFIC, status.getExceptionCode());
+    EXPECT_EQ(ISensorManager::RESULT_BAD_VALUE, status.getServiceSpecificError());
+
+    int32_t version = 0;
+    EXPECT_TRUE(service->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(1, version);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    ::testing::AddGlobalTestEnvironment(new DriverEnvironment());
+    return RUN_ALL_TESTS();
+}
