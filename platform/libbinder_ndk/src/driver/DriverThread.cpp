@@ -3,6 +3,8 @@
 #include <errno.h>
 #include <string.h>
 
+#include <atomic>
+
 #include "../BinderLog.h"
 #include "DriverCommands.h"
 #include "DriverProcess.h"
@@ -18,6 +20,12 @@ T readPayload(const uint8_t* payload) {
     memcpy(&value, payload, sizeof(T));
     return value;
 }
+
+// Objects travel between this process's threads through the kernel (a node sent by one thread,
+// released by another), which orders them but is invisible to race detectors. Every exchange with
+// the driver also goes through this counter, so what one thread wrote before its ioctl is seen as
+// happening before what another thread does after its own.
+std::atomic<uint64_t> gDriverExchanges{0};
 
 binder_uintptr_t toAddress(const void* p) {
     return static_cast<binder_uintptr_t>(reinterpret_cast<uintptr_t>(p));
@@ -114,7 +122,10 @@ binder_status_t DriverThread::talk(bool doReceive) {
         bwr.read_buffer = toAddress(mIn);
     }
     if (bwr.write_size == 0 && bwr.read_size == 0) return STATUS_OK;
-    if (int err = mProcess.device().writeRead(&bwr); err < 0) return err;
+    gDriverExchanges.fetch_add(1, std::memory_order_release);
+    const int err = mProcess.device().writeRead(&bwr);
+    (void)gDriverExchanges.load(std::memory_order_acquire);
+    if (err < 0) return err;
     if (bwr.write_consumed > 0) {
         mOut.erase(mOut.begin(), mOut.begin() + static_cast<ptrdiff_t>(bwr.write_consumed));
     }
