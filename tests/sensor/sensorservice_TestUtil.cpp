@@ -73,9 +73,10 @@ void keep(void*) {}
 // Class objects live for the process; one per descriptor.
 const AIBinder_Class* classFor(const char* descriptor, AIBinder_Class_onTransact onTransact) {
     static std::mutex lock;
-    static std::map<std::string, AIBinder_Class*> classes;  // guarded by lock
+    // Never destroyed, like the class objects it points to.
+    static auto* const classes = new std::map<std::string, AIBinder_Class*>();  // guarded by lock
     std::lock_guard<std::mutex> guard(lock);
-    AIBinder_Class*& clazz = classes[descriptor];
+    AIBinder_Class*& clazz = (*classes)[descriptor];
     if (clazz == nullptr) clazz = AIBinder_Class_define(descriptor, passThrough, keep, onTransact);
     return clazz;
 }

@@ -290,11 +290,13 @@ TEST(SensorServiceWire, StubAnswersVersionHashAndRejectsUnknownCodes) {
     EXPECT_EQ(hex(Bytes().i32(0).str("514f08f7a595501066b94e5de878d240b4d49456").bytes()),
               hex(transactLocal(service->asBinder(), 0x00FFFFFE, [](AParcel*) {})));
 
+    // Held here: the object keeps only a weak reference to its binder.
+    const ::ndk::SpAIBinder binder = service->asBinder();
     ::ndk::ScopedAParcel in;
     ::ndk::ScopedAParcel out;
-    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(service->asBinder().get(), in.getR()));
+    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(binder.get(), in.getR()));
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION,
-              AIBinder_transact(service->asBinder().get(), 6, in.getR(), out.getR(), 0));
+              AIBinder_transact(binder.get(), 6, in.getR(), out.getR(), 0));
 }
 
 // ---- parcelable bodies ------------------------------------------------------------------------
