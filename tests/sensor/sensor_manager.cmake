@@ -26,6 +26,8 @@ if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
             ${TPS_SENSOR_TEST_DIR}/../../sensor)
     endif()
     target_include_directories(sensor_manager_tests PRIVATE ${TPS_SENSOR_TEST_DIR})
+    target_compile_definitions(sensor_manager_tests PRIVATE
+        FILTERLAB_TRACES_DIR="${TPS_SENSOR_TEST_DIR}/../../tools/filterlab/traces")
     target_link_libraries(sensor_manager_tests PRIVATE host_sensorservice tps_sensord_core
         tps_config tps_test_common GTest::gtest_main Threads::Threads)
     # sensorservice_LinkSeams.cpp records transactions and scheduler policies through these.

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <sstream>
@@ -201,6 +202,21 @@ TEST(LuxTrace, PlaybackHoldsEachSampleAndLoopsOnRequest) {
     EXPECT_EQ(1.0f, looped->luxAt(400ms));  // a lap is 400 ms long
     EXPECT_EQ(2.0f, looped->luxAt(650ms));
     EXPECT_EQ(2.0f, looped->luxAt(400ms * 1000 + 250ms));
+}
+
+TEST(LuxTrace, PlaysTheFilterLabsRecordedTraces) {
+    const std::filesystem::path folder(FILTERLAB_TRACES_DIR);
+    if (!std::filesystem::is_directory(folder)) GTEST_SKIP() << "no traces in " << folder;
+    int played = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() != ".csv") continue;
+        std::string error;
+        auto parsed = LuxTrace::load(entry.path().string(), true, &error);
+        ASSERT_NE(nullptr, parsed) << error;
+        EXPECT_EQ(parsed->samples().front().lux, parsed->luxAt(0ms));
+        ++played;
+    }
+    EXPECT_GT(played, 0);
 }
 
 // ---- sensor lists ---------------------------------------------------------------------------
