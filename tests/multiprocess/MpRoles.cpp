@@ -2,8 +2,11 @@
 
 #include <aidl/vendor/tavix/tps/BnTps.h>
 #include <aidl/vendor/tavix/tps/BnTpsCallback.h>
+#include <android/binder_ibinder_platform.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <pthread.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -200,6 +203,19 @@ binder_status_t orderTransact(AIBinder* binder, transaction_code_t code, const A
             static Order unused;
             ndk::SpAIBinder fresh(AIBinder_new(orderClass(), &unused));
             return AParcel_writeStrongBinder(out, fresh.get());
+        }
+        case kOrderRtBinder: {
+            static Order unused;
+            ndk::SpAIBinder fresh(AIBinder_new(orderClass(), &unused));
+            AIBinder_setMinSchedulerPolicy(fresh.get(), SCHED_FIFO, kRtPriority);
+            return AParcel_writeStrongBinder(out, fresh.get());
+        }
+        case kOrderSchedInfo: {
+            int policy = 0;
+            sched_param param{};
+            pthread_getschedparam(pthread_self(), &policy, &param);
+            AParcel_writeInt32(out, policy);
+            return AParcel_writeInt32(out, param.sched_priority);
         }
         default:
             return STATUS_UNKNOWN_TRANSACTION;

@@ -194,5 +194,30 @@ TEST_F(TpsCallTest, TokenAndStabilityAreCheckedAcrossProcesses) {
     EXPECT_EQ(transact(fresh.get(), kOrderRecord, FLAG_ONEWAY, writeSeq), STATUS_OK);
 }
 
+TEST_F(TpsCallTest, MinimumSchedulerPolicyHoldsWhileTheNodeIsServed) {
+    startServer();
+    ndk::SpAIBinder order(AServiceManager_waitForService(kOrderName));
+    const AIBinder_Class* orderClass = defineClientClass(kOrderDescriptor);
+    ASSERT_TRUE(AIBinder_associateClass(order.get(), orderClass));
+    ndk::ScopedAParcel reply;
+    ASSERT_EQ(transact(order.get(), kOrderRtBinder, 0, nullptr, &reply), STATUS_OK);
+    ndk::SpAIBinder rt;
+    ASSERT_EQ(AParcel_readStrongBinder(reply.get(), rt.getR()), STATUS_OK);
+    ASSERT_TRUE(AIBinder_associateClass(rt.get(), orderClass));
+
+    const auto schedOf = [&](AIBinder* binder) {
+        ndk::ScopedAParcel out;
+        int32_t policy = -1;
+        int32_t priority = -1;
+        if (transact(binder, kOrderSchedInfo, 0, nullptr, &out) == STATUS_OK) {
+            AParcel_readInt32(out.get(), &policy);
+            AParcel_readInt32(out.get(), &priority);
+        }
+        return std::make_pair(policy, priority);
+    };
+    EXPECT_EQ(schedOf(rt.get()), std::make_pair(SCHED_FIFO, kRtPriority));
+    EXPECT_EQ(schedOf(order.get()), std::make_pair(SCHED_OTHER, 0));
+}
+
 }  // namespace
 }  // namespace mptest
