@@ -30,7 +30,7 @@ api_hash() {  # api_hash DIR VERSION
 # unqualified and whitespace collapsed, so a source file and its dump compare equal.
 methods_of() {  # methods_of FILE
     sed -e 's://.*$::' "$1" | tr '\n' ' ' |
-        perl -pe 's:/\*.*?\*/: :g' |
+        sed -e 's:/\*\([^*]\|\*\+[^*/]\)*\*\+/: :g' |
         sed -e 's/^[^{]*{//' -e 's/}[^}]*$//' -e 's/@[A-Za-z]*//g' |
         tr ';' '\n' |
         sed -e 's/[A-Za-z_][A-Za-z0-9_]*\.//g' -e 's/[[:space:]]\+/ /g' -e 's/^ //' -e 's/ $//' \
