@@ -43,19 +43,25 @@ show() {
 }
 
 pids=()
+stop_pid() {
+    local pid=$1 i
+    kill -TERM "$pid" 2>/dev/null || return 0
+    for ((i = 0; i < 30; i++)); do
+        kill -0 "$pid" 2>/dev/null || return 0
+        sleep 0.1
+    done
+    kill -KILL "$pid" 2>/dev/null || true
+}
 cleanup() {
     local i
-    for ((i = ${#pids[@]} - 1; i >= 0; i--)); do
-        kill -INT "${pids[i]}" 2>/dev/null || true
-    done
-    wait 2>/dev/null || true
+    for ((i = ${#pids[@]} - 1; i >= 0; i--)); do stop_pid "${pids[i]}"; done
 }
 trap cleanup EXIT
 
 # Starts a daemon in the background with its output in $work/NAME.log.
 start() {
     local name=$1; shift
-    "$@" >"$work/$name.log" 2>&1 &
+    "$@" >>"$work/$name.log" 2>&1 &
     pids+=($!)
     eval "pid_${name//[^a-z]/_}=$!"
 }
@@ -96,7 +102,7 @@ start_system() {
     lay_out_device
     start servicemanager "$build/tools/servicemanager/servicemanager" \
         --vintf-dir /vendor/etc/vintf/manifest
-    wait_for_log "$work/servicemanager.log" "${TPS_DEMO_SM_READY:-ready}"
+    wait_for_log "$work/servicemanager.log" "ready on"
     start sensord "$build/tools/sensord/sensord" --trace "$src/tools/demo/lux-trace.csv"
     start_service
 }
@@ -116,7 +122,9 @@ narrate() {
     step "2. A watcher registers a callback"
     say "It prints every notification the service sends, with the time it arrived."
     printf '   %s$ tpsctl watch &%s\n' "$cyan" "$reset"
-    tpsctl watch > >(sed -u "s/^/     ${green}watcher |${reset} /") 2>&1 &
+    mkfifo "$work/watcher"
+    sed -u "s/^/     ${green}watcher |${reset} /" <"$work/watcher" &
+    tpsctl watch >"$work/watcher" 2>&1 &
     pids+=($!)
     sleep 1
 
@@ -133,11 +141,11 @@ narrate() {
     sleep 1
 
     step "5. Lux rises through the filter, brightness comes from the node"
-    say "A second watcher polls the status every 400 ms. After 2 s the sensor jumps from" \
-        "320 to 3200 lux; the filtered lux follows in the perceptual domain, about half the" \
+    say "A second watcher polls the status every 500 ms. 5 s after the sensor was enabled its" \
+        "lux jumps from 320 to 3200; the filtered lux follows in the perceptual domain, about half the" \
         "remaining way per second. No client has set a brightness, so with BLUMode 0 it is" \
         "read from the node: 512 x 255 / 1023 = 127."
-    show timeout --preserve-status -s INT 6 tpsctl watch --status-interval 400
+    show timeout --preserve-status -s INT 9 tpsctl watch --status-interval 500
 
     step "6. The panel driver and then a client change the brightness"
     say "The node goes to 1023 (full): the filtered brightness climbs towards 255 with" \
@@ -156,7 +164,7 @@ narrate() {
 
     step "8. The picture mode survives a restart"
     show tpsctl set 'pqMode=2'
-    show cat "$TPS_PROPERTY_DIR/persist.vendor.tavixp.mode"
+    show sh -c "cat $TPS_PROPERTY_DIR/persist.vendor.tavixp.mode; echo"
     say "(restarting the service)"
     kill "$pid_service"
     wait "$pid_service" 2>/dev/null || true
@@ -164,8 +172,9 @@ narrate() {
     show tpsctl get pqMode
 
     step "9. The service's own log"
-    say "Tag TavixPrismAIDLService, log level 2 (persist.vendor.tavix.loglevel); the last lines:"
-    grep -a "TavixPrismAIDLService" "$work/service.log" | tail -n 8 | cut -c 1-150 |
+    say "Tag TavixPrismAIDLService at log level 2 (persist.vendor.tavix.loglevel); the lines" \
+        "around the stop and the restart:"
+    grep -a "TavixPrismAIDLService" "$work/service.log" | tail -n 12 | cut -c 1-150 |
         sed "s/^/     ${dim}/; s/\$/${reset}/"
 
     step "Done"

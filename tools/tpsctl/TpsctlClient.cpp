@@ -133,7 +133,10 @@ private:
 };
 
 int watch(const Options& options) {
-    // Blocked before any binder thread exists, so the signals reach only sigtimedwait below.
+    // Blocked before any binder thread exists, so the signals reach only the waits below. A
+    // shell starts background jobs with SIGINT ignored, which would discard it unseen.
+    signal(SIGINT, SIG_DFL);
+    signal(SIGTERM, SIG_DFL);
     sigset_t stopSignals;
     sigemptyset(&stopSignals);
     sigaddset(&stopSignals, SIGINT);
