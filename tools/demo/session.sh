@@ -35,11 +35,11 @@ else
 fi
 
 step() { printf '\n%s== %s%s\n' "$bold" "$*" "$reset"; }
-say() { printf '%s\n' "$*" | fold -s -w 96 | sed 's/^/   /'; }
-# Shows a command, runs it and indents what it prints.
+say() { printf '%s\n' "$*" | fold -s -w 96 | sed 's/ *$//; s/^/   /'; }
+# Shows a command line, runs it and indents what it prints.
 show() {
-    printf '   %s$ %s%s\n' "$cyan" "$*" "$reset"
-    "$@" 2>&1 | sed 's/^/     /'
+    printf '   %s$ %s%s\n' "$cyan" "$1" "$reset"
+    bash -c "$1" 2>&1 | sed 's/^/     /'
 }
 
 pids=()
@@ -111,13 +111,13 @@ narrate() {
     step "1. The device"
     say "Laid out as on a phone (this is a tmpfs view; the host is not touched):"
     say "  /odm/etc/tavix/tavix_prism_clstc.cfg   BLUMode = 0, displays 0 and 1"
-    say "  /sys/class/backlight/panel0-backlight   brightness 512 of max_brightness 1023"
-    say "  /sys/class/backlight/panel1-backlight   brightness 300 of max_brightness 1023"
-    say "  persist.vendor.tavixp.mode = 1          kept from an earlier run"
-    say "  /vendor/etc/vintf/manifest/             declares vendor.tavix.tps.ITps/default"
+    say "  /sys/class/backlight/panel0-backlight  brightness 512 of max_brightness 1023"
+    say "  /sys/class/backlight/panel1-backlight  brightness 300 of max_brightness 1023"
+    say "  persist.vendor.tavixp.mode = 1         kept from an earlier run"
+    say "  /vendor/etc/vintf/manifest/            declares vendor.tavix.tps.ITps/default"
     say "Running: servicemanager (the binder context manager), sensord (a light sensor playing" \
         "tools/demo/lux-trace.csv: 320 lux, then a window at 3200 lux) and the service."
-    show tpsctl version
+    show 'tpsctl version'
 
     step "2. A watcher registers a callback"
     say "It prints every notification the service sends, with the time it arrived."
@@ -131,13 +131,13 @@ narrate() {
     step "3. The status before any processor"
     say "No sensor session is open, so the service reports what it has stored: brightness 255," \
         "lux 0, and the picture mode read from its property at start."
-    show tpsctl status
+    show 'tpsctl status'
 
     step "4. A display processor starts work, with filtering"
     say "The processor sends register_TPDPUProcessor=1: one render, logo and sensor session." \
         "The first render and logo sessions notify every client; the first sensor session" \
         "creates the reader, which enables the light sensor and reads the panel0 backlight node."
-    show tpsctl set 'register_TPDPUProcessor=1'
+    show "tpsctl set 'register_TPDPUProcessor=1'"
     sleep 1
 
     step "5. Lux rises through the filter, brightness comes from the node"
@@ -145,31 +145,31 @@ narrate() {
         "lux jumps from 320 to 3200; the filtered lux follows in the perceptual domain, about half the" \
         "remaining way per second. No client has set a brightness, so with BLUMode 0 it is" \
         "read from the node: 512 x 255 / 1023 = 127."
-    show timeout --preserve-status -s INT 9 tpsctl watch --status-interval 500
+    show 'timeout --preserve-status -s INT 9 tpsctl watch --status-interval 500'
 
     step "6. The panel driver and then a client change the brightness"
     say "The node goes to 1023 (full): the filtered brightness climbs towards 255 with" \
         "every query. Then a client sets brightness=40, which BLUMode 0 prefers to the node."
-    show sh -c 'echo 1023 > /sys/class/backlight/panel0-backlight/brightness'
-    show sh -c 'for i in 1 2 3 4; do tpsctl get brightness; done'
-    show tpsctl set 'brightness=40'
-    show sh -c 'for i in 1 2 3 4; do tpsctl get brightness; done'
+    show 'echo 1023 > /sys/class/backlight/panel0-backlight/brightness'
+    show 'for i in 1 2 3 4; do tpsctl get brightness; done'
+    show "tpsctl set 'brightness=40'"
+    show 'for i in 1 2 3 4; do tpsctl get brightness; done'
 
     step "7. The processor stops"
     say "The last render and logo sessions close and the clients hear the stops. The second" \
         "watcher has exited: its notification fails and the service drops it."
-    show tpsctl set 'Unregister_TPDPUProcessor'
+    show "tpsctl set 'Unregister_TPDPUProcessor'"
     sleep 1
-    show sh -c "grep -a 'transaction fail' $work/service.log | tail -n 2"
+    show "grep -a 'transaction fail' $work/service.log"
 
     step "8. The picture mode survives a restart"
-    show tpsctl set 'pqMode=2'
-    show sh -c "cat $TPS_PROPERTY_DIR/persist.vendor.tavixp.mode; echo"
+    show "tpsctl set 'pqMode=2'"
+    show "cat $TPS_PROPERTY_DIR/persist.vendor.tavixp.mode; echo"
     say "(restarting the service)"
     kill "$pid_service"
     wait "$pid_service" 2>/dev/null || true
     start_service
-    show tpsctl get pqMode
+    show 'tpsctl get pqMode'
 
     step "9. The service's own log"
     say "Tag TavixPrismAIDLService at log level 2 (persist.vendor.tavix.loglevel); the lines" \
