@@ -91,7 +91,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     while (provider.remaining_bytes() > 0) {
         switch (provider.ConsumeIntegralInRange<int>(0, 9)) {
             case 0:
-                (void)AParcel_setDataPosition(parcel.get(), provider.ConsumeIntegral<int32_t>());
+                // Near the data only: a write far past the end just zero-fills gigabytes.
+                (void)AParcel_setDataPosition(parcel.get(),
+                                              provider.ConsumeIntegralInRange<int32_t>(
+                                                      -8, AParcel_getDataSize(parcel.get()) + 64));
                 break;
             case 1:
                 (void)AParcel_writeStrongBinder(parcel.get(), localBinder().get());
