@@ -80,10 +80,6 @@ int Process::wait() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-bool Process::alive() {
-    return mPid > 0 && waitpid(mPid, nullptr, WNOHANG) == 0;
-}
-
 std::shared_ptr<aidl::vendor::tavix::tps::ITps> waitForTps() {
     const auto end = deadline();
     while (std::chrono::steady_clock::now() < end) {

@@ -29,7 +29,6 @@ public:
     bool readLine(std::string* line);
     void kill(int signal);
     int wait();  // exit status, or 128 + signal
-    bool alive();
 
 private:
     pid_t mPid = -1;

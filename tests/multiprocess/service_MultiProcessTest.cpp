@@ -116,11 +116,6 @@ protected:
         ASSERT_NE(mTps, nullptr) << readFile(mLog);
     }
 
-    void stopService() {
-        mTps.reset();
-        mService.reset();
-    }
-
     // A client process with a registered callback. Its catch-up events may come before the
     // line saying that registerCallback returned; they are kept for next().
     struct Watcher {
@@ -186,14 +181,6 @@ TEST_F(ServiceProcessTest, RoadOfOneRequest) {
     set("Unregister_TPDPUProcessor");
     EXPECT_EQ(next(*watcher), "event Callback_TavixRenderStop");
     EXPECT_EQ(next(*watcher), "event Callback_TavixLogoStop");
-}
-
-TEST_F(ServiceProcessTest, LateClientCatchesUpOnRunningSessions) {
-    set("register_TPC2Processor=1");
-    auto watcher = startWatcher();
-    EXPECT_EQ(next(*watcher), "event Callback_TavixLogoStart");
-    set("register_SDRDPUProcessor=1");
-    EXPECT_EQ(next(*watcher), "event Callback_TavixRenderStart");
 }
 
 TEST_F(ServiceProcessTest, DeadClientIsDroppedAtTheNextFanOut) {
@@ -270,14 +257,6 @@ TEST_F(ServiceProcessTest, MoreConcurrentCallersThanPoolThreads) {
     EXPECT_GE(events, 4);
     EXPECT_EQ(lastOf["Render"], "event Callback_TavixRenderStop");
     EXPECT_EQ(lastOf["Logo"], "event Callback_TavixLogoStop");
-}
-
-TEST_F(ServiceProcessTest, PictureModeSurvivesARestart) {
-    set("pqMode=2");
-    stopService();
-    startService();
-    EXPECT_EQ(status().at(2), 2.0f);
-    set("pqMode=0");
 }
 
 }  // namespace

@@ -5,15 +5,11 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <fstream>
 #include <sstream>
 #include <string>
-#include <thread>
 
 #include "LogCapture.h"
 
@@ -56,20 +52,6 @@ public:
         return true;
     }
 
-    // True once the main thread sleeps in a blocking call, that is in the thread pool: every
-    // line before the join has then been written.
-    bool waitUntilMainThreadSleeps() {
-        for (int attempt = 0; attempt < 3000; ++attempt) {
-            if (mainThreadSleeps()) {
-                while (readSome(0)) {
-                }
-                return true;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return false;
-    }
-
     const std::string& output() const { return mOutput; }
 
 private:
@@ -81,23 +63,6 @@ private:
         if (n <= 0) return false;
         mOutput.append(buffer, static_cast<size_t>(n));
         return true;
-    }
-
-    bool mainThreadSleeps() const {
-        std::ifstream stat("/proc/" + std::to_string(mPid) + "/stat");
-        std::string content((std::istreambuf_iterator<char>(stat)), {});
-        size_t paren = content.rfind(')');
-        if (paren == std::string::npos || paren + 2 >= content.size()) return false;
-        if (content[paren + 2] != 'S') return false;
-        // Also check that the sleep is a wait rather than, say, a file read in progress.
-        std::ifstream syscallFile("/proc/" + std::to_string(mPid) + "/syscall");
-        long number = -1;
-        if (!(syscallFile >> number)) return false;
-        for (long waiting : {SYS_futex, SYS_nanosleep, SYS_clock_nanosleep, SYS_pause, SYS_ppoll,
-                             SYS_rt_sigtimedwait, SYS_rt_sigsuspend, SYS_ioctl}) {
-            if (number == waiting) return true;
-        }
-        return false;
     }
 
     pid_t mPid = -1;
@@ -126,23 +91,6 @@ TEST(TpsMainTest, StartUpLinesAtDefaultLevel) {
     EXPECT_TRUE(hasLine(service.output(), 'E', kServiceName)) << service.output();
     EXPECT_TRUE(hasLine(service.output(), 'I', kRegistered)) << service.output();
     EXPECT_TRUE(hasLine(service.output(), 'I', "Tps()")) << service.output();
-}
-
-TEST(TpsMainTest, LevelZeroWritesOnlyTheServiceName) {
-    ScopedPropertyDir properties;
-    properties.setLogLevel(0);
-    ServiceProcess service(properties.path());
-    ASSERT_TRUE(service.waitFor(kServiceName)) << service.output();
-    ASSERT_TRUE(service.waitUntilMainThreadSleeps()) << service.output();
-
-    std::istringstream lines(service.output());
-    std::string line;
-    int count = 0;
-    while (std::getline(lines, line)) {
-        if (line.find("TavixPrismAIDLService") != std::string::npos) ++count;
-    }
-    EXPECT_EQ(count, 1) << service.output();
-    EXPECT_TRUE(hasLine(service.output(), 'E', kServiceName)) << service.output();
 }
 
 }  // namespace

@@ -84,21 +84,5 @@ TEST_F(TpsReaderTest, NodeBrightnessIsScaledAndTruncated) {
     EXPECT_EQ(status().at(3), 1.0f);
 }
 
-TEST_F(TpsReaderTest, DisplayWithoutNodeKeepsTheLastBrightness) {
-    makeService(2);
-    mTps->enableSensorReader(true, false);
-    ASSERT_EQ(status().at(0), 127.0f);
-
-    ASSERT_TRUE(mTps->updateParams(3, 2).isOk());
-    EXPECT_FALSE(TpsTestPeer(*mTps).hasBrightnessNode());
-    EXPECT_TRUE(mLog.has(ANDROID_LOG_ERROR, "TavixSensorReader",
-                         "The brightness node of 2 display isn't configured."))
-            << mLog.dump();
-    mLog.clear();
-    EXPECT_EQ(status().at(0), 127.0f);
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
-                             "Can't get realtime Brightness, use default value"));
-}
-
 }  // namespace
 }  // namespace tps::test

@@ -139,28 +139,6 @@ TEST_F(TpsTest, FailingClientsAreDroppedAndTheOthersKeepTheirOrder) {
                                "second:Callback_TavixLogoStart"}));
 }
 
-TEST_F(TpsTest, EveryFailureTextNamesItsTransition) {
-    auto client = ndk::SharedRefBase::make<RecordingCallback>();
-    client->failWith(STATUS_DEAD_OBJECT);
-    const std::pair<std::function<void()>, const char*> steps[] = {
-            {[&] { mTps->onTavixRenderNotification(true); },
-             "onTavixNotification tavixPrism_Callback_TavixRenderStart transaction fail"},
-            {[&] { mTps->onTavixRenderNotification(false); },
-             "onTavixNotification tavixPrism_Callback_TavixRenderStop transaction fail"},
-            {[&] { mTps->onTavixLogoNotification(true); },
-             "onTavixNotification tavixPrism_Callback_TavixLogoStart transaction fail"},
-            {[&] { mTps->onTavixLogoNotification(false); },
-             "onTavixNotification tavixPrism_Callback_LogoStop transaction fail"},
-    };
-    for (const auto& [step, line] : steps) {
-        ASSERT_TRUE(mTps->registerCallback(client).isOk());
-        mLog.clear();
-        step();
-        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, line));
-        EXPECT_EQ(peer().callbackCount(), 0u);
-    }
-}
-
 TEST_F(TpsTest, SensorSessionOwnsTheReaderWhileOpen) {
     mProperties.setLogLevel(3);
     mTps->enableSensorReader(true, false);

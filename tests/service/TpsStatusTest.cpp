@@ -119,13 +119,5 @@ TEST_F(TpsTest, BluModeTwoReadsTheNode) {
             2u);
 }
 
-TEST_F(TpsTest, UnknownBluModeNeverUsesClientValues) {
-    peer().setBluMode(7);
-    FakeReader::update([](FakeReaderState& s) { s.nodeBrightness = 10.0f; });
-    set("brightness=128;adjustedBrightness=64");
-    mTps->enableSensorReader(true, false);
-    EXPECT_EQ(status().at(0), 10.0f);
-}
-
 }  // namespace
 }  // namespace tps::test
