@@ -1,7 +1,9 @@
 #include "MpTestUtil.h"
 
+#include <mutex>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "DriverTestSupport.h"
 
@@ -47,7 +49,13 @@ binder_status_t serveNothing(AIBinder*, transaction_code_t, const AParcel*, APar
 }  // namespace
 
 AIBinder_Class* defineClientClass(const char* descriptor) {
-    return AIBinder_Class_define(descriptor, passThrough, noDestroy, serveNothing);
+    // Classes live for the whole process; keep them reachable.
+    static std::mutex lock;
+    static std::vector<AIBinder_Class*>* const classes = new std::vector<AIBinder_Class*>();
+    AIBinder_Class* clazz = AIBinder_Class_define(descriptor, passThrough, noDestroy, serveNothing);
+    std::lock_guard<std::mutex> guard(lock);
+    classes->push_back(clazz);
+    return clazz;
 }
 
 }  // namespace mptest

@@ -35,10 +35,7 @@ struct ThreadSlots {
         for (ThreadSlot& slot : slots) {
             // Keeps the process object alive while its thread state says goodbye.
             std::shared_ptr<DriverProcess> process = slot.process.lock();
-            if (process == nullptr) {
-                (void)slot.state.release();  // its process and device are gone: nothing to say
-                continue;
-            }
+            if (process == nullptr) slot.state->abandon();  // its process and device are gone
             slot.state.reset();
         }
     }
@@ -111,7 +108,7 @@ DriverThread& DriverProcess::thread() {
     }
     std::erase_if(slots, [](ThreadSlot& slot) {
         if (!slot.process.expired()) return false;
-        (void)slot.state.release();
+        slot.state->abandon();
         return true;
     });
     slots.push_back({mId, weak_from_this(), std::make_unique<DriverThread>(*this)});

@@ -38,7 +38,7 @@ DriverThread::DriverThread(DriverProcess& process) : mProcess(process) {
 }
 
 DriverThread::~DriverThread() {
-    if (mProcess.forked()) return;
+    if (mAbandoned || mProcess.forked()) return;
     processPendingDerefs();
     (void)flushCommands();
     (void)mProcess.device().threadExit();

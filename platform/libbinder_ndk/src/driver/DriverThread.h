@@ -61,6 +61,9 @@ public:
     // (BC_ENTER_LOOPER) rather than at the kernel's request (BC_REGISTER_LOOPER).
     void joinThreadPool(bool isMain);
 
+    // For a state whose process object is gone: destruction then touches nothing of it.
+    void abandon() { mAbandoned = true; }
+
     // True while inside DriverHandler::onTransaction.
     bool isServing() const { return !mServing.empty(); }
 
@@ -94,6 +97,7 @@ private:
     size_t mInSize = 0;
     size_t mInPos = 0;
     bool mIsLooper = false;
+    bool mAbandoned = false;
     std::vector<ServingFrame> mServing;
     std::vector<std::pair<binder_uintptr_t, binder_uintptr_t>> mPendingStrongDerefs;
     std::vector<std::pair<binder_uintptr_t, binder_uintptr_t>> mPendingWeakDerefs;

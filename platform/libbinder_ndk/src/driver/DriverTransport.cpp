@@ -25,7 +25,8 @@ namespace abinder {
 std::shared_ptr<Transport> openProcessTransport() {
     std::shared_ptr<Transport> transport = driver::DriverTransport::open();
     // The process transport is never destroyed: its loopers may be inside calls at exit.
-    if (transport != nullptr) (void)new std::shared_ptr<Transport>(transport);
+    static std::shared_ptr<Transport>* keep __attribute__((used)) = nullptr;
+    keep = new std::shared_ptr<Transport>(transport);
     return transport;
 }
 
