@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "../AIBinderImpl.h"
@@ -59,17 +60,29 @@ bool stringAllocator(void* data, int32_t length, char** buffer) {
     return true;
 }
 
-// Waits for IServiceCallback.onRegistration of one name.
+// Waits for IServiceCallback.onRegistration of one name. Shared by the waiting call and the
+// callback binder, which the manager may call (and hold) after the wait is over.
 struct Waiter {
+    ~Waiter() {
+        if (binder != nullptr) AIBinder_decStrong(binder);
+    }
     std::mutex lock;
     std::condition_variable arrived;
     AIBinder* binder = nullptr;  // guarded by lock; a strong reference
 };
 
+void* createWaiter(void* args) {
+    return new std::shared_ptr<Waiter>(*static_cast<std::shared_ptr<Waiter>*>(args));
+}
+
+void destroyWaiter(void* userData) {
+    delete static_cast<std::shared_ptr<Waiter>*>(userData);
+}
+
 binder_status_t waiterTransact(AIBinder* self, transaction_code_t code, const AParcel* in,
                                AParcel*) {
     if (code != kOnRegistration) return STATUS_UNKNOWN_TRANSACTION;
-    auto* waiter = static_cast<Waiter*>(AIBinder_getUserData(self));
+    Waiter* waiter = static_cast<std::shared_ptr<Waiter>*>(AIBinder_getUserData(self))->get();
     std::string name;
     if (binder_status_t status = AParcel_readString(in, &name,
                                                     [](void* data, int32_t length, char** buffer) {
@@ -89,15 +102,15 @@ binder_status_t waiterTransact(AIBinder* self, transaction_code_t code, const AP
             waiter->binder = binder;
             binder = nullptr;
         }
+        waiter->arrived.notify_all();
     }
     if (binder != nullptr) AIBinder_decStrong(binder);
-    waiter->arrived.notify_all();
     return STATUS_OK;
 }
 
 const AIBinder_Class* callbackClass() {
-    static const AIBinder_Class* clazz = AIBinder_Class_define("android.os.IServiceCallback",
-                                                               noCreate, noDestroy, waiterTransact);
+    static const AIBinder_Class* clazz = AIBinder_Class_define(
+            "android.os.IServiceCallback", createWaiter, destroyWaiter, waiterTransact);
     return clazz;
 }
 
@@ -241,18 +254,17 @@ AIBinder* DriverServiceManager::waitForService(const char* instance) {
 
     // Be told when it arrives (this needs a thread pool), and look again every second in case
     // there is none or the manager restarted.
-    Waiter waiter;
+    auto waiter = std::make_shared<Waiter>();
     AIBinder* callback = AIBinder_new(callbackClass(), &waiter);
     binder_exception_t exception = EX_NONE;
     (void)callWithBinder(kRegisterForNotifications, instance, callback, &exception);
     const bool registered = exception == EX_NONE;
     for (;;) {
         {
-            std::unique_lock<std::mutex> lock(waiter.lock);
-            if (waiter.arrived.wait_for(lock, std::chrono::seconds(1),
-                                        [&] { return waiter.binder != nullptr; })) {
-                binder = waiter.binder;
-                waiter.binder = nullptr;
+            std::unique_lock<std::mutex> lock(waiter->lock);
+            if (waiter->arrived.wait_for(lock, std::chrono::seconds(1),
+                                         [&] { return waiter->binder != nullptr; })) {
+                binder = std::exchange(waiter->binder, nullptr);
                 break;
             }
         }
@@ -262,13 +274,8 @@ AIBinder* DriverServiceManager::waitForService(const char* instance) {
                 instance, mTransport.process().poolThreadCount());
         if (lookup(kGetService, instance, &binder) == STATUS_OK && binder != nullptr) break;
     }
-    if (registered)
+    if (registered) {
         (void)callWithBinder(kUnregisterForNotifications, instance, callback, &exception);
-    {
-        // A notification that raced the lookup may still hold a reference.
-        std::lock_guard<std::mutex> lock(waiter.lock);
-        if (waiter.binder != nullptr) AIBinder_decStrong(waiter.binder);
-        waiter.binder = nullptr;
     }
     AIBinder_decStrong(callback);
     return binder;

@@ -22,11 +22,12 @@ int abinder_driver_transport_anchor = 0;
 
 namespace abinder {
 
+// The process transport is never destroyed: its loopers may be inside calls at exit.
+std::shared_ptr<Transport>* gKeptProcessTransport = nullptr;
+
 std::shared_ptr<Transport> openProcessTransport() {
     std::shared_ptr<Transport> transport = driver::DriverTransport::open();
-    // The process transport is never destroyed: its loopers may be inside calls at exit.
-    static std::shared_ptr<Transport>* keep __attribute__((used)) = nullptr;
-    keep = new std::shared_ptr<Transport>(transport);
+    gKeptProcessTransport = new std::shared_ptr<Transport>(transport);
     return transport;
 }
 
