@@ -165,7 +165,7 @@ narrate() {
     step "8. The picture mode survives a restart"
     show "tpsctl set 'pqMode=2'"
     show "cat $TPS_PROPERTY_DIR/persist.vendor.tavixp.mode; echo"
-    say "(restarting the service)"
+    say "(restarting the service: the first watcher sees it die and stops)"
     kill "$pid_service"
     wait "$pid_service" 2>/dev/null || true
     start_service

@@ -8,6 +8,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <iostream>
@@ -132,6 +133,15 @@ private:
     WatchPrinter* const mPrinter;
 };
 
+// Set on a binder thread when the service process dies; the main loop then ends with status 1.
+std::atomic<bool> gServiceDied{false};
+
+void onServiceDied(void* cookie) {
+    static_cast<WatchPrinter*>(cookie)->event("the service died");
+    gServiceDied = true;
+    kill(getpid(), SIGTERM);  // wakes the signal wait of the main thread
+}
+
 int watch(const Options& options) {
     // Blocked before any binder thread exists, so the signals reach only the waits below. A
     // shell starts background jobs with SIGINT ignored, which would discard it unseen.
@@ -154,6 +164,8 @@ int watch(const Options& options) {
     // Before registering: a session already running is announced at once by the service.
     printer.event(std::string("watching ") + kDefaultInstance + " (Ctrl-C stops)");
     if (reportFailure("registerCallback", service->registerCallback(callback))) return 1;
+    ndk::ScopedAIBinder_DeathRecipient death(AIBinder_DeathRecipient_new(onServiceDied));
+    AIBinder_linkToDeath(service->asBinder().get(), death.get(), &printer);
 
     int exitStatus = 0;
     for (;;) {
@@ -174,6 +186,7 @@ int watch(const Options& options) {
         printer.status(formatStatusLine(status));
     }
     printer.finish();
+    if (gServiceDied) exitStatus = 1;
     // The service keeps our callback until a notification to it fails after we exit.
     return exitStatus;
 }
