@@ -23,7 +23,7 @@ public:
     ITps();
     virtual ~ITps();
 
-    static const int32_t version = 1;
+    static inline const int32_t version = 1;
     static inline const std::string hash = "eaad8d02dd91409c780a7acdcf0716d9ceb57b9b";
     static constexpr uint32_t TRANSACTION_getTavixPrismStatus = FIRST_CALL_TRANSACTION + 0;
     static constexpr uint32_t TRANSACTION_registerCallback = FIRST_CALL_TRANSACTION + 1;

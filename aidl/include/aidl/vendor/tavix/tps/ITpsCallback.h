@@ -20,7 +20,7 @@ public:
     ITpsCallback();
     virtual ~ITpsCallback();
 
-    static const int32_t version = 1;
+    static inline const int32_t version = 1;
     static inline const std::string hash = "eaad8d02dd91409c780a7acdcf0716d9ceb57b9b";
     static constexpr uint32_t TRANSACTION_onTavixPrismPlaybackStart = FIRST_CALL_TRANSACTION + 0;
     static constexpr uint32_t TRANSACTION_onTavixPrismPlaybackStop = FIRST_CALL_TRANSACTION + 1;
