@@ -91,10 +91,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     while (provider.remaining_bytes() > 0) {
         switch (provider.ConsumeIntegralInRange<int>(0, 9)) {
             case 0:
-                // Near the data only: a write far past the end just zero-fills gigabytes.
-                (void)AParcel_setDataPosition(parcel.get(),
-                                              provider.ConsumeIntegralInRange<int32_t>(
-                                                      -8, AParcel_getDataSize(parcel.get()) + 64));
+                // Positions a reader could have seen: word-aligned, as the API requires, and
+                // near the data, since a write far past the end just zero-fills gigabytes.
+                (void)AParcel_setDataPosition(
+                        parcel.get(), 4 * provider.ConsumeIntegralInRange<int32_t>(
+                                                  -2, AParcel_getDataSize(parcel.get()) / 4 + 16));
                 break;
             case 1:
                 (void)AParcel_writeStrongBinder(parcel.get(), localBinder().get());
