@@ -19,58 +19,6 @@ std::string sensorServiceName() {
     return std::string(ISensorManager::descriptor) + "/default";
 }
 
-// Forwards every call to the service the current test chose.
-class Switchboard : public ::aidl::android::frameworks::sensorservice::BnSensorManager {
-public:
-    void setTarget(std::shared_ptr<ISensorManager> target) {
-        std::lock_guard<std::mutex> lock(mLock);
-        mTarget = std::move(target);
-    }
-
-    ::ndk::ScopedAStatus createAshmemDirectChannel(
-            const Ashmem& mem, int64_t size,
-            std::shared_ptr<IDirectReportChannel>* channel) override {
-        auto t = target();
-        return t ? t->createAshmemDirectChannel(mem, size, channel) : unavailable();
-    }
-    ::ndk::ScopedAStatus createEventQueue(const std::shared_ptr<IEventQueueCallback>& callback,
-                                          std::shared_ptr<IEventQueue>* queue) override {
-        auto t = target();
-        return t ? t->createEventQueue(callback, queue) : unavailable();
-    }
-    ::ndk::ScopedAStatus createGrallocDirectChannel(
-            const ::ndk::ScopedFileDescriptor& buffer, int64_t size,
-            std::shared_ptr<IDirectReportChannel>* channel) override {
-        auto t = target();
-        return t ? t->createGrallocDirectChannel(buffer, size, channel) : unavailable();
-    }
-    ::ndk::ScopedAStatus getDefaultSensor(SensorType type, SensorInfo* sensor) override {
-        auto t = target();
-        return t ? t->getDefaultSensor(type, sensor) : unavailable();
-    }
-    ::ndk::ScopedAStatus getSensorList(std::vector<SensorInfo>* list) override {
-        auto t = target();
-        return t ? t->getSensorList(list) : unavailable();
-    }
-
-private:
-    static ::ndk::ScopedAStatus unavailable() {
-        return serviceError(ISensorManager::RESULT_NO_INIT);
-    }
-    std::shared_ptr<ISensorManager> target() {
-        std::lock_guard<std::mutex> lock(mLock);
-        return mTarget;
-    }
-
-    std::mutex mLock;
-    std::shared_ptr<ISensorManager> mTarget;  // guarded by mLock
-};
-
-Switchboard& switchboard() {
-    static const std::shared_ptr<Switchboard> instance = ::ndk::SharedRefBase::make<Switchboard>();
-    return *instance;
-}
-
 }  // namespace
 
 // The queue only records into its service, which it keeps alive.
@@ -103,12 +51,7 @@ int FakeSensorService::sensorListCalls() const {
 
 int FakeSensorService::defaultSensorCalls() const {
     std::lock_guard<std::mutex> lock(mLock);
-    return static_cast<int>(mDefaultSensorTypes.size());
-}
-
-std::vector<SensorType> FakeSensorService::defaultSensorTypes() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mDefaultSensorTypes;
+    return mDefaultSensorCalls;
 }
 
 std::vector<FakeSensorService::Enable> FakeSensorService::enables() const {
@@ -162,9 +105,9 @@ bool FakeSensorService::queueAlive() const {
 ::ndk::ScopedAStatus FakeSensorService::getDefaultSensor(SensorType type, SensorInfo* sensor) {
     {
         std::lock_guard<std::mutex> lock(mLock);
-        mDefaultSensorTypes.push_back(type);
+        ++mDefaultSensorCalls;
     }
-    if (!defaultSensor) return serviceError(RESULT_NOT_EXIST);
+    if (!defaultSensor || type != SensorType::LIGHT) return serviceError(RESULT_NOT_EXIST);
     *sensor = *defaultSensor;
     return ::ndk::ScopedAStatus::ok();
 }
@@ -180,13 +123,12 @@ bool FakeSensorService::queueAlive() const {
     return ::ndk::ScopedAStatus::ok();
 }
 
-void useSensorService(const std::shared_ptr<ISensorManager>& service) {
-    switchboard().setTarget(service);
-    AServiceManager_addService(switchboard().asBinder().get(), sensorServiceName().c_str());
-}
-
 void registerUnderSensorServiceName(AIBinder* binder) {
     AServiceManager_addService(binder, sensorServiceName().c_str());
+}
+
+void useSensorService(const std::shared_ptr<ISensorManager>& service) {
+    registerUnderSensorServiceName(service->asBinder().get());
 }
 
 Event lightEvent(float lux, int32_t handle) {

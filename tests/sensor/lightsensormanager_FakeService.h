@@ -30,7 +30,7 @@ public:
 
     // ---- script ----
     std::vector<SensorInfo> sensors;          // getSensorList's answer
-    std::optional<SensorInfo> defaultSensor;  // none: RESULT_NOT_EXIST
+    std::optional<SensorInfo> defaultSensor;  // for LIGHT only; none: RESULT_NOT_EXIST
     bool failList = false;
     bool failCreateQueue = false;
     bool failEnable = false;
@@ -39,7 +39,6 @@ public:
     // ---- record ----
     int sensorListCalls() const;
     int defaultSensorCalls() const;
-    std::vector<SensorType> defaultSensorTypes() const;
     std::vector<Enable> enables() const;
     std::vector<int32_t> disables() const;
     // The callback of the last queue created.
@@ -67,7 +66,7 @@ private:
 
     mutable std::mutex mLock;
     int mSensorListCalls = 0;                           // guarded by mLock
-    std::vector<SensorType> mDefaultSensorTypes;        // guarded by mLock
+    int mDefaultSensorCalls = 0;                        // guarded by mLock
     std::vector<Enable> mEnables;                       // guarded by mLock
     std::vector<int32_t> mDisables;                     // guarded by mLock
     std::shared_ptr<IEventQueueCallback> mCallback;     // guarded by mLock
@@ -75,12 +74,10 @@ private:
     std::weak_ptr<IEventQueue> mQueue;                  // guarded by mLock
 };
 
-// Makes `service` the platform sensor service of this process, as seen through
-// AServiceManager_waitForService. The registered object stays the same for the whole process and
-// forwards to the current service; null makes every call fail.
+// Makes `service` the platform sensor service of this process, replacing the previous one.
 void useSensorService(const std::shared_ptr<ISensorManager>& service);
 
-// Puts an arbitrary binder under the sensor service's name; useSensorService() restores it.
+// Puts an arbitrary binder under the sensor service's name.
 void registerUnderSensorServiceName(AIBinder* binder);
 
 // A light event with the given lux.

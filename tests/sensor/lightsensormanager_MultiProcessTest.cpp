@@ -17,7 +17,6 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "LogCapture.h"
@@ -26,7 +25,6 @@
 
 namespace {
 
-using ::aidl::android::frameworks::sensorservice::IEventQueue;
 using ::aidl::android::frameworks::sensorservice::ISensorManager;
 using tavixPrism::TPLightSensorManager;
 
@@ -42,16 +40,12 @@ std::string readFile(const std::string& path) {
     return content.str();
 }
 
-// A program started with fork/exec, its stdin writable through a pipe and its stderr in a file.
-// Killed and reaped on destruction.
+// A program started with fork/exec, its stderr in a file. Killed and reaped on destruction.
 class Process {
 public:
     Process(const std::vector<std::string>& argv, const std::string& stderrPath) {
-        int in[2];
-        if (pipe2(in, O_CLOEXEC) != 0) return;
         mPid = fork();
         if (mPid == 0) {
-            dup2(in[0], STDIN_FILENO);
             const int err = open(stderrPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
             if (err >= 0) dup2(err, STDERR_FILENO);
             std::vector<char*> args;
@@ -60,19 +54,11 @@ public:
             execv(args[0], args.data());
             _exit(127);
         }
-        close(in[0]);
-        mStdin = in[1];
     }
-    ~Process() {
-        kill(SIGKILL);
-        if (mStdin >= 0) close(mStdin);
-    }
+    ~Process() { kill(SIGKILL); }
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    void write(const std::string& text) {
-        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(mStdin, text.data(), text.size()));
-    }
     void kill(int signal) {
         if (mPid <= 0) return;
         ::kill(mPid, signal);
@@ -82,7 +68,6 @@ public:
 
 private:
     pid_t mPid = -1;
-    int mStdin = -1;
 };
 
 bool serviceListed() {
@@ -160,20 +145,6 @@ TEST_F(SensordProcessTest, LuxArrivesFromTheOtherProcess) {
     manager.destroyEventQueue();
 }
 
-TEST_F(SensordProcessTest, LinesOnStandardInputBecomeLux) {
-    startSensord({"--stdin"});
-    TPLightSensorManager manager;
-    startManager(manager);
-    mSensord->write("55\n");
-    EXPECT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 55.0f; }));
-    mSensord->write("not a number\n66.25\n");
-    EXPECT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 66.25f; }));
-    EXPECT_NE(std::string::npos, readFile(gWorkDir + "/sensord.log")
-                                         .find("stdin:2: lux is not a number: 'not a number'"));
-    EXPECT_EQ(0, manager.disableSensor());
-    manager.destroyEventQueue();
-}
-
 TEST_F(SensordProcessTest, ServiceDeathIsReportedAndLaterCallsFail) {
     startSensord({"--constant", "9"});
     TPLightSensorManager manager;
@@ -187,23 +158,6 @@ TEST_F(SensordProcessTest, ServiceDeathIsReportedAndLaterCallsFail) {
     EXPECT_EQ(-22, manager.disableSensor());
     EXPECT_EQ(9.0f, manager.getCurAmbinetLux());
     manager.destroyEventQueue();
-}
-
-TEST_F(SensordProcessTest, NullCallbackTravelsAndIsRefused) {
-    startSensord({});
-    ::ndk::SpAIBinder binder(AServiceManager_waitForService(kInstance.c_str()));
-    std::shared_ptr<ISensorManager> service = ISensorManager::fromBinder(binder);
-    ASSERT_NE(nullptr, service);
-    ASSERT_TRUE(service->isRemote());
-
-    std::shared_ptr<IEventQueue> queue;
-    ::ndk::ScopedAStatus status = service->createEventQueue(nullptr, &queue);
-    EXPECT_EQ(EX_SERVICE_SPECIFIC, status.getExceptionCode());
-    EXPECT_EQ(ISensorManager::RESULT_BAD_VALUE, status.getServiceSpecificError());
-
-    int32_t version = 0;
-    EXPECT_TRUE(service->getInterfaceVersion(&version).isOk());
-    EXPECT_EQ(1, version);
 }
 
 }  // namespace

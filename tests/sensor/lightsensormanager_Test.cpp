@@ -45,7 +45,10 @@ protected:
         lsmtest::useSensorService(mService);
     }
 
-    void TearDown() override { lsmtest::useSensorService(nullptr); }
+    // Drops the test's service and, with it, any callback it still holds.
+    void TearDown() override {
+        lsmtest::useSensorService(::ndk::SharedRefBase::make<FakeSensorService>());
+    }
 
     // Runs the start-up the sensor reader does, expecting each step to succeed.
     void start(TPLightSensorManager& manager) {
@@ -70,7 +73,6 @@ TEST_F(LightSensorManagerTest, FullSessionFollowsTheLightSensor) {
     EXPECT_EQ(0.0f, manager.getCurAmbinetLux());
     start(manager);
 
-    EXPECT_EQ(std::vector<SensorType>{SensorType::LIGHT}, mService->defaultSensorTypes());
     const auto enables = mService->enables();
     ASSERT_EQ(1u, enables.size());
     EXPECT_EQ(kLightHandle, enables[0].handle);
@@ -95,7 +97,6 @@ TEST_F(LightSensorManagerTest, StartupLogLinesFollowTheLogLevel) {
         TPLightSensorManager manager;
         start(manager);
         EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "Name :Light A"));
-        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "Vendor :Vendor A"));
         EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "Type :android.sensor.light"));
         // A sensor service in this process cannot report its death.
         EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_WARN, kTag,
@@ -108,19 +109,6 @@ TEST_F(LightSensorManagerTest, StartupLogLinesFollowTheLogLevel) {
         EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_DEBUG, kTag, "TPSensorEventQueueCallback invalidate"));
     }
     EXPECT_TRUE(mLog.hasNoneContaining("Impl Destructor"));
-
-    mLog.clear();
-    mProperties.setLogLevel(0);
-    {
-        TPLightSensorManager manager;
-        start(manager);
-        manager.destroyEventQueue();
-    }
-    EXPECT_TRUE(mLog.hasNoneContaining("Name :"));
-    EXPECT_TRUE(mLog.hasNoneContaining("invalidate"));
-    // Warnings do not depend on the level.
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_WARN, kTag,
-                             "Unable to link to sensor service death notifications"));
 
     mLog.clear();
     mProperties.setLogLevel(3);
@@ -147,35 +135,24 @@ TEST_F(LightSensorManagerTest, CallbackBinderRunsAtRealTimePriority) {
 
 // ---- events ---------------------------------------------------------------------------------
 
-TEST_F(LightSensorManagerTest, AdditionalInfoEventsAreIgnoredSilently) {
+TEST_F(LightSensorManagerTest, AdditionalInfoIsIgnoredSilentlyAndAnyOtherEventIsLux) {
     mProperties.setLogLevel(3);
     TPLightSensorManager manager;
     start(manager);
     ASSERT_TRUE(deliver(lightEvent(10.0f)).isOk());
     mLog.clear();
 
-    Event info;
-    info.sensorHandle = kLightHandle;
-    info.sensorType = SensorType::ADDITIONAL_INFO;
-    info.payload.set<Event::EventPayload::additional>(
+    Event event;
+    event.sensorType = SensorType::ADDITIONAL_INFO;
+    event.payload.set<Event::EventPayload::additional>(
             ::aidl::android::hardware::sensors::AdditionalInfo());
-    EXPECT_TRUE(deliver(info).isOk());
+    EXPECT_TRUE(deliver(event).isOk());
     EXPECT_EQ(10.0f, manager.getCurAmbinetLux());
     EXPECT_TRUE(mLog.linesWithTag(kTag).empty()) << mLog.dump();
-    manager.destroyEventQueue();
-}
 
-TEST_F(LightSensorManagerTest, AnyOtherEventIsTakenAsALuxReading) {
-    TPLightSensorManager manager;
-    start(manager);
-    Event other;
-    other.sensorHandle = 99;
-    other.sensorType = SensorType::ACCELEROMETER;
-    Event::EventPayload::Vec3 vec3;
-    vec3.x = 7.0f;
-    vec3.y = 8.0f;
-    other.payload.set<Event::EventPayload::vec3>(vec3);
-    EXPECT_TRUE(deliver(other).isOk());
+    event.sensorType = SensorType::ACCELEROMETER;
+    event.payload.set<Event::EventPayload::vec3>(Event::EventPayload::Vec3{.x = 7.0f, .y = 8.0f});
+    EXPECT_TRUE(deliver(event).isOk());
     EXPECT_EQ(7.0f, manager.getCurAmbinetLux());
     manager.destroyEventQueue();
 }
@@ -193,39 +170,31 @@ TEST_F(LightSensorManagerTest, LateEventsAfterTheQueueIsDestroyedAreDropped) {
     // Nothing left to enable or disable.
     EXPECT_EQ(-22, manager.enableSensor());
     EXPECT_EQ(-22, manager.disableSensor());
-}
 
-TEST_F(LightSensorManagerTest, EventsAfterTheManagerIsGoneAreDropped) {
-    auto manager = std::make_unique<TPLightSensorManager>();
-    start(*manager);
-    manager.reset();  // without destroyEventQueue()
-    EXPECT_TRUE(deliver(lightEvent(6.0f)).isOk());
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_WARN, kTag, "SensorManagerImpl is null"));
+    // Nor does a manager destroyed without destroyEventQueue() receive any.
+    auto gone = std::make_unique<TPLightSensorManager>();
+    start(*gone);
+    gone.reset();
+    EXPECT_TRUE(deliver(lightEvent(7.0f)).isOk());
+    EXPECT_EQ(2u, mLog.count(ANDROID_LOG_WARN, kTag, "SensorManagerImpl is null"));
 }
 
 // ---- failures -------------------------------------------------------------------------------
 
-TEST_F(LightSensorManagerTest, SensorListIsFetchedOncePerManager) {
+TEST_F(LightSensorManagerTest, SensorListIsFetchedOncePerManagerEvenWhenItFails) {
     TPLightSensorManager manager;
     ASSERT_EQ(0, manager.createLightSensor());
     ASSERT_EQ(0, manager.createLightSensor());
     EXPECT_EQ(1, mService->sensorListCalls());
     EXPECT_EQ(2, mService->defaultSensorCalls());
 
-    TPLightSensorManager another;
-    ASSERT_EQ(0, another.createLightSensor());
-    EXPECT_EQ(2, mService->sensorListCalls());
-}
-
-TEST_F(LightSensorManagerTest, FailedListFetchIsNotRetried) {
     mService->failList = true;
-    TPLightSensorManager manager;
-    EXPECT_EQ(-22, manager.createLightSensor());
+    TPLightSensorManager failing;
+    EXPECT_EQ(-22, failing.createLightSensor());
     mService->failList = false;
-    EXPECT_EQ(-22, manager.createLightSensor());
-    EXPECT_EQ(1, mService->sensorListCalls());
+    EXPECT_EQ(-22, failing.createLightSensor());
+    EXPECT_EQ(2, mService->sensorListCalls());
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, "Failed to get sensor list: "));
-    EXPECT_TRUE(mLog.hasNoneContaining("Name :"));
 }
 
 TEST_F(LightSensorManagerTest, DefaultSensorMustBeAnEntryOfTheList) {
@@ -271,18 +240,14 @@ TEST_F(LightSensorManagerTest, StepsOutOfOrderFailWithoutCallingTheService) {
     EXPECT_TRUE(mService->disables().empty());
     manager.destroyEventQueue();
     manager.destroyEventQueue();  // twice is harmless
-}
 
-TEST_F(LightSensorManagerTest, FailedQueueCreationLeavesNoPlatformQueue) {
     mService->failCreateQueue = true;
-    TPLightSensorManager manager;
-    ASSERT_EQ(0, manager.createLightSensor());
-    EXPECT_EQ(-22, manager.createEventQueue());
+    TPLightSensorManager refused;
+    ASSERT_EQ(0, refused.createLightSensor());
+    EXPECT_EQ(-22, refused.createEventQueue());
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, "FAILED to create event queue: "));
-    EXPECT_EQ(-22, manager.enableSensor());
-    EXPECT_EQ(-22, manager.disableSensor());
+    EXPECT_EQ(-22, refused.enableSensor());
     EXPECT_TRUE(mService->enables().empty());
-    manager.destroyEventQueue();
 }
 
 TEST_F(LightSensorManagerTest, ServiceRefusalsBecomeMinus22) {

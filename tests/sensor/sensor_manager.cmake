@@ -8,7 +8,6 @@ if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
 
     add_executable(sensor_manager_tests
         ${TPS_SENSOR_TEST_DIR}/lightsensormanager_FakeService.cpp
-        ${TPS_SENSOR_TEST_DIR}/lightsensormanager_SensordTest.cpp
         ${TPS_SENSOR_TEST_DIR}/lightsensormanager_Test.cpp
         ${TPS_SENSOR_TEST_DIR}/sensord_Test.cpp
         ${TPS_SENSOR_TEST_DIR}/sensorservice_ConvertTest.cpp
