@@ -69,11 +69,6 @@ std::shared_ptr<IEventQueueCallback> FakeSensorService::callback() const {
     return mCallback;
 }
 
-const AIBinder* FakeSensorService::callbackBinderAtCreate() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mCallbackBinderAtCreate;
-}
-
 bool FakeSensorService::queueAlive() const {
     std::lock_guard<std::mutex> lock(mLock);
     return !mQueue.expired();
@@ -96,7 +91,6 @@ bool FakeSensorService::queueAlive() const {
     auto created = ::ndk::SharedRefBase::make<Queue>(ref<FakeSensorService>());
     std::lock_guard<std::mutex> lock(mLock);
     mCallback = callback;
-    mCallbackBinderAtCreate = callback->asBinder().get();
     mQueue = created;
     *queue = created;
     return ::ndk::ScopedAStatus::ok();

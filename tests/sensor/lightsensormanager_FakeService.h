@@ -43,8 +43,6 @@ public:
     std::vector<int32_t> disables() const;
     // The callback of the last queue created.
     std::shared_ptr<IEventQueueCallback> callback() const;
-    // The callback's binder while createEventQueue ran (compare only).
-    const AIBinder* callbackBinderAtCreate() const;
     // Whether anyone still holds the last queue created.
     bool queueAlive() const;
 
@@ -70,7 +68,6 @@ private:
     std::vector<Enable> mEnables;                       // guarded by mLock
     std::vector<int32_t> mDisables;                     // guarded by mLock
     std::shared_ptr<IEventQueueCallback> mCallback;     // guarded by mLock
-    const AIBinder* mCallbackBinderAtCreate = nullptr;  // guarded by mLock
     std::weak_ptr<IEventQueue> mQueue;                  // guarded by mLock
 };
 
