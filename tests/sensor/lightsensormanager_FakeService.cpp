@@ -29,13 +29,13 @@ public:
     ::ndk::ScopedAStatus enableSensor(int32_t handle, int32_t periodUs,
                                       int64_t latencyUs) override {
         std::lock_guard<std::mutex> lock(mService->mLock);
-        mService->mEnables.push_back({handle, periodUs, latencyUs});
+        mService->mRecord.enables.push_back({handle, periodUs, latencyUs});
         if (mService->failEnable) return serviceError(ISensorManager::RESULT_BAD_VALUE);
         return ::ndk::ScopedAStatus::ok();
     }
     ::ndk::ScopedAStatus disableSensor(int32_t handle) override {
         std::lock_guard<std::mutex> lock(mService->mLock);
-        mService->mDisables.push_back(handle);
+        mService->mRecord.disables.push_back(handle);
         if (mService->failDisable) return serviceError(ISensorManager::RESULT_BAD_VALUE);
         return ::ndk::ScopedAStatus::ok();
     }
@@ -44,34 +44,9 @@ private:
     const std::shared_ptr<FakeSensorService> mService;
 };
 
-int FakeSensorService::sensorListCalls() const {
+FakeSensorService::Record FakeSensorService::record() const {
     std::lock_guard<std::mutex> lock(mLock);
-    return mSensorListCalls;
-}
-
-int FakeSensorService::defaultSensorCalls() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mDefaultSensorCalls;
-}
-
-std::vector<FakeSensorService::Enable> FakeSensorService::enables() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mEnables;
-}
-
-std::vector<int32_t> FakeSensorService::disables() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mDisables;
-}
-
-std::shared_ptr<IEventQueueCallback> FakeSensorService::callback() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mCallback;
-}
-
-bool FakeSensorService::queueAlive() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return !mQueue.expired();
+    return mRecord;
 }
 
 ::ndk::ScopedAStatus FakeSensorService::createAshmemDirectChannel(
@@ -90,8 +65,9 @@ bool FakeSensorService::queueAlive() const {
     if (!callback) return serviceError(RESULT_BAD_VALUE);
     auto created = ::ndk::SharedRefBase::make<Queue>(ref<FakeSensorService>());
     std::lock_guard<std::mutex> lock(mLock);
-    mCallback = callback;
-    mQueue = created;
+    mRecord.callback = callback;
+    mRecord.callbackBinder = callback->asBinder().get();
+    mRecord.queue = created;
     *queue = created;
     return ::ndk::ScopedAStatus::ok();
 }
@@ -99,7 +75,7 @@ bool FakeSensorService::queueAlive() const {
 ::ndk::ScopedAStatus FakeSensorService::getDefaultSensor(SensorType type, SensorInfo* sensor) {
     {
         std::lock_guard<std::mutex> lock(mLock);
-        ++mDefaultSensorCalls;
+        ++mRecord.defaultSensorCalls;
     }
     if (!defaultSensor || type != SensorType::LIGHT) return serviceError(RESULT_NOT_EXIST);
     *sensor = *defaultSensor;
@@ -109,7 +85,7 @@ bool FakeSensorService::queueAlive() const {
 ::ndk::ScopedAStatus FakeSensorService::getSensorList(std::vector<SensorInfo>* list) {
     {
         std::lock_guard<std::mutex> lock(mLock);
-        ++mSensorListCalls;
+        ++mRecord.sensorListCalls;
     }
     list->clear();
     if (failList) return serviceError(RESULT_UNKNOWN_ERROR);

@@ -36,15 +36,17 @@ public:
     bool failEnable = false;
     bool failDisable = false;
 
-    // ---- record ----
-    int sensorListCalls() const;
-    int defaultSensorCalls() const;
-    std::vector<Enable> enables() const;
-    std::vector<int32_t> disables() const;
-    // The callback of the last queue created.
-    std::shared_ptr<IEventQueueCallback> callback() const;
-    // Whether anyone still holds the last queue created.
-    bool queueAlive() const;
+    // What the service has been asked.
+    struct Record {
+        int sensorListCalls = 0;
+        int defaultSensorCalls = 0;
+        std::vector<Enable> enables;
+        std::vector<int32_t> disables;
+        std::shared_ptr<IEventQueueCallback> callback;  // of the last queue created
+        const AIBinder* callbackBinder = nullptr;       // its binder then; compare only
+        std::weak_ptr<IEventQueue> queue;               // the last queue created
+    };
+    Record record() const;
 
     ::ndk::ScopedAStatus createAshmemDirectChannel(
             const ::aidl::android::hardware::common::Ashmem&, int64_t,
@@ -63,12 +65,7 @@ private:
     class Queue;
 
     mutable std::mutex mLock;
-    int mSensorListCalls = 0;                           // guarded by mLock
-    int mDefaultSensorCalls = 0;                        // guarded by mLock
-    std::vector<Enable> mEnables;                       // guarded by mLock
-    std::vector<int32_t> mDisables;                     // guarded by mLock
-    std::shared_ptr<IEventQueueCallback> mCallback;     // guarded by mLock
-    std::weak_ptr<IEventQueue> mQueue;                  // guarded by mLock
+    Record mRecord;  // guarded by mLock
 };
 
 // Makes `service` the platform sensor service of this process, replacing the previous one.

@@ -110,53 +110,29 @@ protected:
     void SetUp() override {
         if (gWorkDir.empty()) GTEST_SKIP() << "no /dev/binder; run through tools/vm/run-in-vm";
     }
-
-    void TearDown() override {
-        if (!mSensord) return;
-        mSensord->kill(SIGKILL);
-        // The next test registers afresh once servicemanager has seen this one die.
-        EXPECT_TRUE(sensortest::eventually([] { return !serviceListed(); }));
-    }
-
-    void startSensord(std::vector<std::string> args) {
-        args.insert(args.begin(), SENSORD_PATH);
-        mSensord = std::make_unique<Process>(args, gWorkDir + "/sensord.log");
-        ASSERT_TRUE(sensortest::eventually(serviceListed)) << readFile(gWorkDir + "/sensord.log");
-    }
-
-    void startManager(TPLightSensorManager& manager) {
-        ASSERT_EQ(0, manager.createLightSensor());
-        ASSERT_EQ(0, manager.createEventQueue());
-        ASSERT_EQ(0, manager.enableSensor());
-    }
-
-    std::unique_ptr<Process> mSensord;
 };
 
-TEST_F(SensordProcessTest, LuxArrivesFromTheOtherProcess) {
-    startSensord({"--constant", "123.5", "--additional-info"});
+TEST_F(SensordProcessTest, LuxArrivesFromTheOtherProcessUntilItDies) {
+    Process sensord({SENSORD_PATH, "--constant", "123.5", "--additional-info"},
+                    gWorkDir + "/sensord.log");
+    ASSERT_TRUE(sensortest::eventually(serviceListed)) << readFile(gWorkDir + "/sensord.log");
     TPLightSensorManager manager;
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_DEBUG, kTag,
                              "Link to sensor service death notification successful"));
-    startManager(manager);
+    ASSERT_EQ(0, manager.createLightSensor());
+    ASSERT_EQ(0, manager.createEventQueue());
+    ASSERT_EQ(0, manager.enableSensor());
     EXPECT_TRUE(mLog.has(ANDROID_LOG_INFO, kTag, "Name :Ambient Light Sensor (simulated)"));
-    EXPECT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 123.5f; }));
+    ASSERT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 123.5f; }));
     EXPECT_EQ(0, manager.disableSensor());
-    manager.destroyEventQueue();
-}
+    ASSERT_EQ(0, manager.enableSensor());
 
-TEST_F(SensordProcessTest, ServiceDeathIsReportedAndLaterCallsFail) {
-    startSensord({"--constant", "9"});
-    TPLightSensorManager manager;
-    startManager(manager);
-    ASSERT_TRUE(sensortest::eventually([&] { return manager.getCurAmbinetLux() == 9.0f; }));
-
-    mSensord->kill(SIGKILL);
+    sensord.kill(SIGKILL);
     EXPECT_TRUE(sensortest::eventually([&] {
         return mLog.count(ANDROID_LOG_ERROR, kTag, "Ambinet light Sensor service died") == 1;
     })) << mLog.dump();
     EXPECT_EQ(-22, manager.disableSensor());
-    EXPECT_EQ(9.0f, manager.getCurAmbinetLux());
+    EXPECT_EQ(123.5f, manager.getCurAmbinetLux());
     manager.destroyEventQueue();
 }
 

@@ -58,7 +58,7 @@ protected:
     }
 
     ::ndk::ScopedAStatus deliver(const Event& event) {
-        auto callback = mService->callback();
+        auto callback = mService->record().callback;
         EXPECT_NE(nullptr, callback);
         return callback ? callback->onEvent(event) : ::ndk::ScopedAStatus::ok();
     }
@@ -73,7 +73,7 @@ TEST_F(LightSensorManagerTest, FullSessionFollowsTheLightSensor) {
     EXPECT_EQ(0.0f, manager.getCurAmbinetLux());
     start(manager);
 
-    const auto enables = mService->enables();
+    const auto enables = mService->record().enables;
     ASSERT_EQ(1u, enables.size());
     EXPECT_EQ(kLightHandle, enables[0].handle);
     EXPECT_EQ(50000, enables[0].samplingPeriodUs);
@@ -85,9 +85,9 @@ TEST_F(LightSensorManagerTest, FullSessionFollowsTheLightSensor) {
     EXPECT_EQ(0.25f, manager.getCurAmbinetLux());
 
     EXPECT_EQ(0, manager.disableSensor());
-    EXPECT_EQ(std::vector<int32_t>{kLightHandle}, mService->disables());
+    EXPECT_EQ(std::vector<int32_t>{kLightHandle}, mService->record().disables);
     manager.destroyEventQueue();
-    EXPECT_FALSE(mService->queueAlive());
+    EXPECT_TRUE(mService->record().queue.expired());
     // The last reading stays.
     EXPECT_EQ(0.25f, manager.getCurAmbinetLux());
 }
@@ -121,7 +121,7 @@ TEST_F(LightSensorManagerTest, CallbackBinderRunsAtRealTimePriority) {
     ASSERT_EQ(0, manager.createEventQueue());
     const auto calls = sensortest::schedulerPolicyCalls();
     ASSERT_FALSE(calls.empty());
-    EXPECT_EQ(mService->callback()->asBinder().get(), calls.back().binder);
+    EXPECT_EQ(mService->record().callbackBinder, calls.back().binder);
     EXPECT_EQ(SCHED_FIFO, calls.back().policy);
     EXPECT_EQ(98, calls.back().priority);
     manager.destroyEventQueue();
@@ -179,15 +179,15 @@ TEST_F(LightSensorManagerTest, SensorListIsFetchedOncePerManagerEvenWhenItFails)
     TPLightSensorManager manager;
     ASSERT_EQ(0, manager.createLightSensor());
     ASSERT_EQ(0, manager.createLightSensor());
-    EXPECT_EQ(1, mService->sensorListCalls());
-    EXPECT_EQ(2, mService->defaultSensorCalls());
+    EXPECT_EQ(1, mService->record().sensorListCalls);
+    EXPECT_EQ(2, mService->record().defaultSensorCalls);
 
     mService->failList = true;
     TPLightSensorManager failing;
     EXPECT_EQ(-22, failing.createLightSensor());
     mService->failList = false;
     EXPECT_EQ(-22, failing.createLightSensor());
-    EXPECT_EQ(2, mService->sensorListCalls());
+    EXPECT_EQ(2, mService->record().sensorListCalls);
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, "Failed to get sensor list: "));
 }
 
@@ -224,14 +224,14 @@ TEST_F(LightSensorManagerTest, DefaultSensorMustBeAnEntryOfTheList) {
     }
 }
 
-TEST_F(LightSensorManagerTest, StepsOutOfOrderFailWithoutCallingTheService) {
+TEST_F(LightSensorManagerTest, StepsOutOfOrderAndRefusedStepsFail) {
     TPLightSensorManager manager;
     EXPECT_EQ(-22, manager.enableSensor());  // nothing yet
     EXPECT_EQ(-22, manager.disableSensor());
     ASSERT_EQ(0, manager.createEventQueue());
     EXPECT_EQ(-22, manager.enableSensor());  // no light sensor chosen
-    EXPECT_TRUE(mService->enables().empty());
-    EXPECT_TRUE(mService->disables().empty());
+    EXPECT_TRUE(mService->record().enables.empty());
+    EXPECT_TRUE(mService->record().disables.empty());
     manager.destroyEventQueue();
     manager.destroyEventQueue();  // twice is harmless
 
@@ -241,20 +241,16 @@ TEST_F(LightSensorManagerTest, StepsOutOfOrderFailWithoutCallingTheService) {
     EXPECT_EQ(-22, refused.createEventQueue());
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, "FAILED to create event queue: "));
     EXPECT_EQ(-22, refused.enableSensor());
-    EXPECT_TRUE(mService->enables().empty());
-}
+    EXPECT_TRUE(mService->record().enables.empty());
 
-TEST_F(LightSensorManagerTest, ServiceRefusalsBecomeMinus22) {
-    mService->failEnable = true;
-    mService->failDisable = true;
-    TPLightSensorManager manager;
-    ASSERT_EQ(0, manager.createLightSensor());
-    ASSERT_EQ(0, manager.createEventQueue());
-    EXPECT_EQ(-22, manager.enableSensor());
-    EXPECT_EQ(-22, manager.disableSensor());
-    EXPECT_EQ(1u, mService->enables().size());
-    EXPECT_EQ(1u, mService->disables().size());
-    manager.destroyEventQueue();
+    // Refusals by the service's queue become -22 too.
+    mService->failCreateQueue = false;
+    mService->failEnable = mService->failDisable = true;
+    ASSERT_EQ(0, refused.createEventQueue());
+    EXPECT_EQ(-22, refused.enableSensor());
+    EXPECT_EQ(-22, refused.disableSensor());
+    EXPECT_EQ(1u, mService->record().enables.size());
+    EXPECT_EQ(1u, mService->record().disables.size());
 }
 
 TEST_F(LightSensorManagerTest, ObjectThatIsNotASensorServiceFailsEveryStep) {
@@ -282,7 +278,7 @@ TEST_F(LightSensorManagerTest, ObjectThatIsNotASensorServiceFailsEveryStep) {
 TEST_F(LightSensorManagerTest, EventsRacingWithTeardownNeverReachAFreedManager) {
     auto manager = std::make_unique<TPLightSensorManager>();
     start(*manager);
-    auto callback = mService->callback();
+    auto callback = mService->record().callback;
     ASSERT_NE(nullptr, callback);
 
     std::atomic<bool> stop{false};

@@ -146,19 +146,16 @@ TEST(SensorServiceWire, LightEventTravelsOnewayInsideOnEvent) {
 }
 
 TEST(SensorServiceWire, ProxiesSendTheirCodesAndArguments) {
-    RecordingBinder manager(ISensorManager::descriptor,
-                            [](transaction_code_t, const AParcel*, AParcel* reply) {
-                                return AParcel_writeInt32(reply, 0);  // OK, no result read
-                            });
+    const auto okReply = [](transaction_code_t, const AParcel*, AParcel* reply) {
+        return AParcel_writeInt32(reply, 0);  // OK, no result read
+    };
+    RecordingBinder manager(ISensorManager::descriptor, okReply);
     const size_t callsBefore = sensortest::transactCalls().size();
     auto managerProxy = ::ndk::SharedRefBase::make<BpSensorManager>(manager.binder());
     SensorInfo ignored;
     (void)managerProxy->getDefaultSensor(SensorType::PROXIMITY, &ignored);
 
-    RecordingBinder queue(IEventQueue::descriptor,
-                          [](transaction_code_t, const AParcel*, AParcel* reply) {
-                              return AParcel_writeInt32(reply, 0);
-                          });
+    RecordingBinder queue(IEventQueue::descriptor, okReply);
     auto queueProxy = ::ndk::SharedRefBase::make<BpEventQueue>(queue.binder());
     EXPECT_TRUE(queueProxy->enableSensor(7, 50000, 0x100000002).isOk());
     EXPECT_TRUE(queueProxy->disableSensor(7).isOk());
@@ -224,7 +221,7 @@ TEST(SensorServiceWire, ServiceSpecificErrorCarriesItsCodeAndLeavesTheResultAlon
     EXPECT_EQ(42, sensor.sensorHandle);
 }
 
-TEST(SensorServiceWire, StubAnswersVersionHashAndRejectsUnknownCodes) {
+TEST(SensorServiceWire, StubAnswersVersionAndRejectsUnknownCodes) {
     auto service = ::ndk::SharedRefBase::make<lsmtest::FakeSensorService>();
     EXPECT_EQ(hex(Bytes().i32(0).i32(1).bytes()),
               hex(transactLocal(service->asBinder(), 0x00FFFFFF, [](AParcel*) {})));
