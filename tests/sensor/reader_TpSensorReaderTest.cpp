@@ -84,9 +84,9 @@ TEST_F(SensorReader, UnreadableNodesCountAs255) {
     reader.enableSensor();
     const std::string path = nodePath("leds/lcd/brightness");
     const std::string readError = "Failed to read brightness value from file: " + path;
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag,
-                             "fail to open " + nodePath("leds/lcd/max_brightness") +
-                                     " brightness file"));
+    EXPECT_TRUE(mLog.hasOnce(
+            ANDROID_LOG_ERROR, kTag,
+            "fail to open " + nodePath("leds/lcd/max_brightness") + " brightness file"));
     EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
 
     // Nodes are read afresh every time.

@@ -77,7 +77,7 @@ TEST(LuxTrace, PlaybackHoldsEachSampleAndLoopsOnRequest) {
     EXPECT_EQ(1.0f, once->luxAt(0ms));  // before the first sample: the first value
     EXPECT_EQ(1.0f, once->luxAt(199ms));
     EXPECT_EQ(2.0f, once->luxAt(200ms));
-    EXPECT_EQ(4.0f, once->luxAt(10s));  // the last value stays
+    EXPECT_EQ(4.0f, once->luxAt(10s));      // the last value stays
     EXPECT_EQ(1.0f, looped->luxAt(400ms));  // a lap is 400 ms long
     EXPECT_EQ(2.0f, looped->luxAt(400ms * 1000 + 250ms));
 }

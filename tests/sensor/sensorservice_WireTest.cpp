@@ -56,21 +56,22 @@ Bytes body(const Bytes& fields) {
 }
 
 Bytes sampleSensorFields(int32_t handle) {
-    return Bytes().i32(handle)
-                        .str("L")
-                        .str("V")
-                        .i32(2)
-                        .i32(5)
-                        .str("android.sensor.light")
-                        .f32(100.5f)
-                        .f32(0.25f)
-                        .f32(1.5f)
-                        .i32(1000)
-                        .i32(3)
-                        .i32(4)
-                        .str("")
-                        .i32(2000)
-                        .i32(2);
+    return Bytes()
+            .i32(handle)
+            .str("L")
+            .str("V")
+            .i32(2)
+            .i32(5)
+            .str("android.sensor.light")
+            .f32(100.5f)
+            .f32(0.25f)
+            .f32(1.5f)
+            .i32(1000)
+            .i32(3)
+            .i32(4)
+            .str("")
+            .i32(2000)
+            .i32(2);
 }
 
 Bytes sampleSensorBody(int32_t handle) {
