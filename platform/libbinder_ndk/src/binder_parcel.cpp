@@ -299,7 +299,8 @@ binder_status_t skipSizedBlock(const AParcel* parcel, bool skipZero) {
     int32_t size = 0;
     binder_status_t status = parcel->readInt32(&size);
     if (status != STATUS_OK) return status;
-    if (size < 0 || static_cast<size_t>(size) > avail) return STATUS_UNKNOWN_ERROR;
+    // Every writer pads to words; an odd size from a peer would leave later reads misaligned.
+    if (size < 0 || static_cast<size_t>(size) > avail || size % 4 != 0) return STATUS_UNKNOWN_ERROR;
     if (size != 0 || skipZero) parcel->setDataPosition(start + static_cast<size_t>(size));
     return STATUS_OK;
 }
