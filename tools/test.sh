@@ -25,7 +25,8 @@ ctest --test-dir build --output-on-failure -j "$jobs"
 
 if [ $quick -eq 0 ]; then
     build build-asan -DTPS_SANITIZER=address
-    ctest --test-dir build-asan --output-on-failure -j "$jobs" -LE nosan
+    LSAN_OPTIONS="suppressions=$PWD/tests/lsan-suppressions.txt:print_suppressions=0" \
+        ctest --test-dir build-asan --output-on-failure -j "$jobs" -LE nosan
     # Only the suites labelled "concurrency" run under TSan, so only their programs are built.
     build build-tsan -DTPS_SANITIZER=thread --target aidl_tests service_concurrency_tests \
         multiprocess_driver_tests multiprocess_tests servicemanager
