@@ -131,7 +131,9 @@ protected:
         stopService();
         mSensord.reset();
         clearDevice();
-        EXPECT_EQ(deadRefs(getpid()), 0) << "this test process leaked a reference";
+        EXPECT_EQ(deadRefs(getpid()), 0)
+                << "this test process leaked a reference\n"
+                << readFile("/sys/kernel/debug/binder/proc/" + std::to_string(getpid()));
     }
 
     static void clearDevice() {
@@ -144,8 +146,13 @@ protected:
         ASSERT_TRUE(waitUntilUnlisted(kSensorInstance));
         args.insert(args.begin(), SENSORD_PATH);
         mSensord = std::make_unique<Process>(args, gWorkDir + "/" + mName + ".sensord.log");
-        ndk::SpAIBinder sensors(AServiceManager_waitForService(kSensorInstance));
-        ASSERT_NE(sensors.get(), nullptr);
+        // Polled rather than waited for: a waiter's registration callback would stay queued
+        // in this process, which runs no binder thread, holding a reference to sensord.
+        const auto end = std::chrono::steady_clock::now() + kPatience;
+        while (ndk::SpAIBinder(AServiceManager_checkService(kSensorInstance)).get() == nullptr) {
+            ASSERT_LT(std::chrono::steady_clock::now(), end) << "sensord never registered";
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
     }
 
     void startService(const std::vector<std::string>& env = {}) {
@@ -287,8 +294,8 @@ TEST_F(FaultTest, ClientBlockingInItsCallback) {
     EXPECT_EQ(values[3], 1.0f);
     EXPECT_EQ(values[6], 1600.0f);
     std::string reply;
-    EXPECT_TRUE(mTps->getParameters("displaySize", &reply).isOk());
-    EXPECT_EQ(reply, "displaySize=720,1600") << reply;
+    EXPECT_TRUE(mTps->getParameters("displayWidth", &reply).isOk());
+    EXPECT_EQ(reply, "displayWidth=720");
     EXPECT_FALSE(renderDone) << "the blocked fan-out returned";
     EXPECT_FALSE(logoDone) << "a logo call passed a blocked fan-out";
 
@@ -425,10 +432,17 @@ TEST_F(FaultTest, UselessConfigurationFiles) {
     std::mt19937 random(7);
     std::string binary(1 << 16, '\0');
     for (char& c : binary) c = static_cast<char>(random() % 7 == 0 ? 0 : random());
-    const std::pair<const char*, const std::string*> rows[] = {
-            {"empty", nullptr}, {"huge", &huge}, {"binary", &binary}, {"directory", nullptr}};
+    struct Row {
+        const char* name;
+        const std::string* content;
+        const char* displayIds;  // a file read whole without sections names display 0
+    };
+    const Row rows[] = {{"empty", nullptr, "displayIDs="},
+                        {"huge", &huge, "displayIDs=0"},
+                        {"binary", &binary, "displayIDs=0"},
+                        {"directory", nullptr, "displayIDs="}};
     const std::string empty;
-    for (auto [name, content] : rows) {
+    for (auto [name, content, displayIds] : rows) {
         SCOPED_TRACE(name);
         clearDevice();
         if (strcmp(name, "directory") == 0) {
@@ -441,6 +455,9 @@ TEST_F(FaultTest, UselessConfigurationFiles) {
         set("brightness=40;register_SDRC2Processor=0");
         EXPECT_EQ(status()[0], 40.0f) << readFile(mLog);
         set("Unregister_SDRC2Processor");
+        std::string reply;
+        EXPECT_TRUE(mTps->getParameters("displayIDs", &reply).isOk());
+        EXPECT_EQ(reply, displayIds);
         expectAnswers();
         stopService();
     }
