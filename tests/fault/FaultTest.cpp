@@ -349,22 +349,24 @@ TEST_F(FaultTest, BrokenBrightnessNodes) {
     // root bypasses mode bits), or nullptr for no node.
     struct Row {
         const char* name;
+        const std::string group;
         const char* brightness;
         const char* maximum;
         float reported;
-        const char* message;
+        const char* message;  // "/node" stands for the message of a failed read of that node
     };
-    const std::string readFail = "Failed to read brightness value from file: " + bl;
+    const std::string leds = kLeds;
     const Row rows[] = {
-            {"healthy", "100", "510", 50.0f, nullptr},
-            {"no nodes", nullptr, nullptr, 255.0f,
+            {"healthy", bl, "100", "510", 50.0f, "use node group 0"},
+            {"no nodes", bl, nullptr, nullptr, 255.0f,
              "Can't get realtime Brightness, use default value"},
-            {"unreadable", "<dir>", "510", 127.0f, "/brightness"},
-            {"non-numeric", "bright", "510", 127.0f, "/brightness"},
-            {"no maximum", "100", nullptr, 100.0f, nullptr},
+            {"unreadable", bl, "<dir>", "510", 127.0f, "/brightness"},
+            {"non-numeric", bl, "bright", "510", 127.0f, "/brightness"},
+            {"no maximum", bl, "100", nullptr, 100.0f, nullptr},
             // Scaled by 255 / 0 and not clamped: far beyond the scale, and no crash.
-            {"zero maximum", "100", "0", INFINITY, nullptr},
-            {"non-numeric maximum", "100", "max", 100.0f, "/max_brightness"},
+            {"zero maximum", bl, "100", "0", INFINITY, nullptr},
+            {"non-numeric maximum", bl, "100", "max", 100.0f, "/max_brightness"},
+            {"second group", leds, "100", "1020", 25.0f, "use node group 1"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -374,9 +376,9 @@ TEST_F(FaultTest, BrokenBrightnessNodes) {
                                      std::pair{"/max_brightness", row.maximum}}) {
             if (content == nullptr) continue;
             if (strcmp(content, "<dir>") == 0) {
-                fs::create_directories(bl + node);
+                fs::create_directories(row.group + node);
             } else {
-                writeFile(bl + node, std::string(content) + "\n");
+                writeFile(row.group + node, std::string(content) + "\n");
             }
         }
         startService();
@@ -388,12 +390,14 @@ TEST_F(FaultTest, BrokenBrightnessNodes) {
         }
         std::string log = readFile(mLog);
         if (row.message != nullptr && row.message[0] == '/') {
-            EXPECT_NE(log.find(readFail + row.message), std::string::npos) << log;
+            const std::string failure =
+                    "Failed to read brightness value from file: " + row.group + row.message;
+            EXPECT_NE(log.find(failure), std::string::npos) << log;
         } else if (row.message != nullptr) {
             EXPECT_NE(log.find(row.message), std::string::npos) << log;
         }
         if (row.maximum == nullptr && row.brightness != nullptr) {
-            EXPECT_NE(log.find("fail to open " + bl + "/max_brightness brightness file"),
+            EXPECT_NE(log.find("fail to open " + row.group + "/max_brightness brightness file"),
                       std::string::npos)
                     << log;
         }
