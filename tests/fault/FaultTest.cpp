@@ -129,12 +129,14 @@ protected:
     }
 
     void TearDown() override {
+        if (gWorkDir.empty()) return;
         stopService();
         mSensord.reset();
         clearDevice();
-        EXPECT_EQ(deadRefs(getpid()), 0)
-                << "this test process leaked a reference\n"
-                << readFile("/sys/kernel/debug/binder/proc/" + std::to_string(getpid()));
+        const std::string driverState =
+                readFile("/sys/kernel/debug/binder/proc/" + std::to_string(getpid()));
+        EXPECT_EQ(deadRefs(getpid()), 0) << "this test process leaked a reference\n" << driverState;
+        EXPECT_EQ(countOccurrences(driverState, " buffer "), 0) << driverState;
     }
 
     static void clearDevice() {
