@@ -107,6 +107,15 @@ bool clientRound(ITps& tps, bool sessions, std::mt19937& random, long* calls) {
     return ok;
 }
 
+// The service holds a reference to every callback until it notices this process is gone, so
+// the callbacks stay reachable to the end instead of looking leaked at exit.
+std::shared_ptr<FileCallback> keptCallback() {
+    static std::mutex lock;
+    static auto* kept = new std::vector<std::shared_ptr<FileCallback>>;  // guarded by lock
+    std::lock_guard<std::mutex> guard(lock);
+    return kept->emplace_back(ndk::SharedRefBase::make<FileCallback>(nullptr));
+}
+
 // Publishes the calls made so far where the test can read them after a SIGKILL.
 void publishCalls(const std::string& path, long calls) {
     std::ofstream(path + ".new") << calls;
@@ -127,12 +136,10 @@ int runClient(double seconds, bool sessions, unsigned seed, const std::string& c
             std::mt19937 random(seed * kThreads + t);
             long made = 0;
             for (int round = 0; Clock::now() < end; ++round) {
-                // Short-lived: nothing here keeps it, so it lives as long as the service's
-                // reference, that is until this process dies and a fan-out drops it.
+                // Short-lived: it lives until this process dies and a fan-out drops it.
                 if (round % 200 == 0) {
                     ++made;
-                    if (!tps->registerCallback(ndk::SharedRefBase::make<FileCallback>(nullptr))
-                                 .isOk()) {
+                    if (!tps->registerCallback(keptCallback()).isOk()) {
                         ++failures;
                     }
                 }
@@ -276,7 +283,7 @@ protected:
                 EXPECT_EQ(sscanf(line.c_str(), "calls %ld failures %d", &calls, &failures), 2);
                 EXPECT_EQ(failures, 0) << line;
                 mCalls += calls;
-                EXPECT_EQ(slot.process->wait(), 0);
+                EXPECT_EQ(slot.process->wait(), 0) << readFile(mDir + "/client.log");
             } else {
                 slot.process->kill(SIGKILL);
                 EXPECT_EQ(slot.process->wait(), 128 + SIGKILL) << "a client died by itself";
