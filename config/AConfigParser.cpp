@@ -3,6 +3,7 @@
 #include "AConfigParser.h"
 
 #include <stdio.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -34,10 +35,10 @@ using UniqueFile = std::unique_ptr<FILE, int (*)(FILE*)>;
 bool readWholeFile(const char* path, std::string& out) {
     UniqueFile file(fopen(path, "re"), fclose);
     if (!file) return false;
-    if (fseek(file.get(), 0, SEEK_END) != 0) return false;
-    long size = ftell(file.get());
-    if (size <= 0 || fseek(file.get(), 0, SEEK_SET) != 0) return false;
-    out.resize(static_cast<size_t>(size));
+    // A directory opens too, and seeking to its end reports a hash cookie, not a size.
+    struct stat st;
+    if (fstat(fileno(file.get()), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size <= 0) return false;
+    out.resize(static_cast<size_t>(st.st_size));
     out.resize(fread(out.data(), 1, out.size(), file.get()));
     return !out.empty();
 }

@@ -87,13 +87,23 @@ TEST_F(ConfigParser, FirstExistingCandidateWins) {
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "Parsing config file for default display"));
 }
 
-TEST_F(ConfigParser, EmptyFileIsFoundButGivesDefaults) {
-    writeCandidate(0, "");
-    AConfigParser parser;
-    EXPECT_TRUE(parser.getDisplayIDs().empty());
-    auto lines = mLog.lines();
-    ASSERT_EQ(1u, lines.size()) << mLog.dump();
-    EXPECT_EQ(std::string("Found config file at ") + gTestConfigPaths[0], lines[0].text);
+// A directory is readable, so it wins the search, and its seek offsets are not sizes.
+TEST_F(ConfigParser, EmptyFileOrDirectoryIsFoundButGivesDefaults) {
+    for (bool directory : {false, true}) {
+        SCOPED_TRACE(directory ? "directory" : "empty file");
+        mLog.clear();
+        std::filesystem::remove_all(gTestConfigPaths[0]);
+        if (directory) {
+            std::filesystem::create_directories(std::string(gTestConfigPaths[0]) + "/sub");
+        } else {
+            writeCandidate(0, "");
+        }
+        AConfigParser parser;
+        EXPECT_TRUE(parser.getDisplayIDs().empty());
+        auto lines = mLog.lines();
+        ASSERT_EQ(1u, lines.size()) << mLog.dump();
+        EXPECT_EQ(std::string("Found config file at ") + gTestConfigPaths[0], lines[0].text);
+    }
 }
 
 TEST_F(ConfigParser, ShippedExampleFile) {
