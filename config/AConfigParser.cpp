@@ -37,7 +37,8 @@ bool readWholeFile(const char* path, std::string& out) {
     if (!file) return false;
     // A directory opens too, and seeking to its end reports a hash cookie, not a size.
     struct stat st;
-    if (fstat(fileno(file.get()), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size <= 0) return false;
+    if (fstat(fileno(file.get()), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size <= 0)
+        return false;
     out.resize(static_cast<size_t>(st.st_size));
     out.resize(fread(out.data(), 1, out.size(), file.get()));
     return !out.empty();
