@@ -7,6 +7,7 @@
 #include <fstream>
 #include <thread>
 
+#include "MpRoles.h"
 #include "driver/DriverProcess.h"
 
 namespace mptest {
@@ -30,6 +31,11 @@ std::unique_ptr<ChildProcess> spawnRole(const std::vector<std::string>& args) {
     });
 }
 
+const AIBinder_Class* orderClientClass() {
+    static const AIBinder_Class* const clazz = defineClientClass(kOrderDescriptor);
+    return clazz;
+}
+
 void ServiceManagerEnvironment::SetUp() {
     if (access(abinder::driver::DriverProcess::defaultDevicePath().c_str(), F_OK) != 0) return;
     char dir[] = "/tmp/mp-vintf.XXXXXX";
@@ -51,7 +57,7 @@ void ServiceManagerEnvironment::SetUp() {
     gManagerPid = mManager->pid();
     // Ready once it answers. (Asking for a binder would leave a transient node in the manager
     // while the first test takes its baseline.)
-    const auto deadline = std::chrono::steady_clock::now() + drivertest::kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
     bool ready = false;
     while (!(ready = AServiceManager_isDeclared("vendor.tavix.tps.ITps/default")) &&
            std::chrono::steady_clock::now() < deadline) {
@@ -74,16 +80,34 @@ pid_t ServiceManagerEnvironment::pid() {
 
 void MultiProcessTest::SetUp() {
     if (gManagerPid == 0) GTEST_SKIP() << "no binder device; run through tools/vm/run-in-vm";
-    mBaseline = drivertest::binderProcState(getpid());
-    mManagerBaseline = drivertest::binderProcState(gManagerPid);
+    mBaseline = binderProcState(getpid());
+    mManagerBaseline = binderProcState(gManagerPid);
+}
+
+std::shared_ptr<aidl::vendor::tavix::tps::ITps> MultiProcessTest::startServer(
+        const std::string& maxThreads, bool joinOnly) {
+    mChildren.push_back(spawnRole({"tps-server", maxThreads, joinOnly ? "1" : "0"}));
+    return aidl::vendor::tavix::tps::ITps::fromBinder(
+            ndk::SpAIBinder(AServiceManager_waitForService(kTpsName)));
+}
+
+ndk::SpAIBinder MultiProcessTest::orderBinder() {
+    ndk::SpAIBinder order(AServiceManager_waitForService(kOrderName));
+    if (order.get() != nullptr) AIBinder_associateClass(order.get(), orderClientClass());
+    return order;
 }
 
 void MultiProcessTest::TearDown() {
     if (IsSkipped()) return;
-    for (auto& child : mChildren) child->kill();
-    mChildren.clear();
     ProcState state;
-    EXPECT_TRUE(drivertest::waitForProcState(
+    for (auto& child : mChildren) {
+        if (!child->running()) continue;
+        EXPECT_TRUE(waitForProcState(
+                child->pid(), [](const ProcState& s) { return s.buffers == 0; }, &state))
+                << "a helper process still holds " << state.buffers << " buffers";
+    }
+    mChildren.clear();
+    EXPECT_TRUE(waitForProcState(
             getpid(),
             [&](const ProcState& s) {
                 return s.buffers == 0 && s.refs == mBaseline.refs && s.nodes == mBaseline.nodes;
@@ -92,7 +116,7 @@ void MultiProcessTest::TearDown() {
             << "this process holds " << state.buffers << " buffers, " << state.refs << " refs and "
             << state.nodes << " nodes; before the test " << mBaseline.refs << " refs and "
             << mBaseline.nodes << " nodes";
-    EXPECT_TRUE(drivertest::waitForProcState(
+    EXPECT_TRUE(waitForProcState(
             gManagerPid,
             [&](const ProcState& s) {
                 return s.buffers == 0 && s.refs == mManagerBaseline.refs &&

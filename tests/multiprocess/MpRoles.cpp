@@ -1,7 +1,6 @@
 #include "MpRoles.h"
 
 #include <aidl/vendor/tavix/tps/BnTps.h>
-#include <aidl/vendor/tavix/tps/BnTpsCallback.h>
 #include <android/binder_ibinder_platform.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -9,23 +8,21 @@
 #include <sched.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
+
+#include "MpTestUtil.h"
 
 namespace mptest {
 namespace {
 
 using aidl::vendor::tavix::tps::BnTps;
-using aidl::vendor::tavix::tps::BnTpsCallback;
 using aidl::vendor::tavix::tps::ITps;
 using aidl::vendor::tavix::tps::ITpsCallback;
 using ndk::ScopedAStatus;
 
-constexpr std::chrono::seconds kPatience{20};
-
 // An ITps that echoes what it gets, calls back registered clients at once, and reports what it
-// saw through getParameters("report").
+// saw through getParameters("report"). setParameters("exit") ends the process inside the call.
 class FakeTps : public BnTps {
 public:
     FakeTps() : mDeathRecipient(AIBinder_DeathRecipient_new(onDied)) {}
@@ -63,6 +60,7 @@ public:
         }
         std::lock_guard<std::mutex> lock(mLock);
         mParam = {id, value};
+        mCaller = {AIBinder_getCallingPid(), AIBinder_getCallingUid()};
         return ScopedAStatus::ok();
     }
 
@@ -88,6 +86,7 @@ public:
             const bool all = mChanged.wait_for(lock, kPatience, [&] { return mInside >= n; });
             return all ? ScopedAStatus::ok() : ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
         }
+        if (params == "exit") _exit(0);
         if (params == "hold") {
             // Held until the caller's process is gone, then call it back.
             mHolding = true;
@@ -112,7 +111,8 @@ public:
                    ";callStatus=" + std::to_string(mCallStatus) +
                    ";filtered=" + std::to_string(mFiltered) +
                    ";param=" + std::to_string(mParam.first) + "," + std::to_string(mParam.second) +
-                   ";tid=" + std::to_string(gettid());
+                   ";caller=" + std::to_string(mCaller.first) + "," +
+                   std::to_string(mCaller.second);
             return ScopedAStatus::ok();
         }
         if (keys == "callback") {
@@ -144,6 +144,7 @@ private:
     std::vector<int32_t> mDisplayIds;         // guarded by mLock
     std::string mParams;                      // guarded by mLock
     std::pair<int64_t, int64_t> mParam;       // guarded by mLock
+    std::pair<pid_t, uid_t> mCaller;          // guarded by mLock; of the last updateParams
     bool mFiltered = false;                   // guarded by mLock
     bool mHolding = false;                    // guarded by mLock
     int mInside = 0;                          // guarded by mLock
@@ -162,15 +163,9 @@ struct Order {
 binder_status_t orderTransact(AIBinder* binder, transaction_code_t code, const AParcel* in,
                               AParcel* out);
 
-void* orderCreate(void* args) {
-    return args;
-}
-
-void orderDestroy(void*) {}
-
 const AIBinder_Class* orderClass() {
-    static const AIBinder_Class* clazz =
-            AIBinder_Class_define(kOrderDescriptor, orderCreate, orderDestroy, orderTransact);
+    static const AIBinder_Class* clazz = AIBinder_Class_define(
+            kOrderDescriptor, [](void* args) { return args; }, [](void*) {}, orderTransact);
     return clazz;
 }
 
@@ -199,15 +194,13 @@ binder_status_t orderTransact(AIBinder* binder, transaction_code_t code, const A
             AParcel_writeInt32(out, static_cast<int32_t>(order->seen.size()));
             return AParcel_writeBool(out, inOrder);
         }
-        case kOrderNewBinder: {
-            static Order unused;
-            ndk::SpAIBinder fresh(AIBinder_new(orderClass(), &unused));
-            return AParcel_writeStrongBinder(out, fresh.get());
-        }
+        case kOrderNewBinder:
         case kOrderRtBinder: {
             static Order unused;
             ndk::SpAIBinder fresh(AIBinder_new(orderClass(), &unused));
-            AIBinder_setMinSchedulerPolicy(fresh.get(), SCHED_FIFO, kRtPriority);
+            if (code == kOrderRtBinder) {
+                AIBinder_setMinSchedulerPolicy(fresh.get(), SCHED_FIFO, kRtPriority);
+            }
             return AParcel_writeStrongBinder(out, fresh.get());
         }
         case kOrderSchedInfo: {
@@ -242,24 +235,11 @@ int tpsUndeclared() {
     return -AServiceManager_addService(tps->asBinder().get(), kUndeclaredTpsName);
 }
 
-class FakeCallback : public BnTpsCallback {
-public:
-    ScopedAStatus onTavixPrismPlaybackStart(bool* out) override {
-        *out = true;
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus onTavixPrismPlaybackStop(bool* out) override {
-        *out = true;
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus onTavixNotification(const std::string&) override { return ScopedAStatus::ok(); }
-};
-
 int callbackClient(const std::string& mode) {
     ndk::SpAIBinder binder(AServiceManager_waitForService(kTpsName));
     std::shared_ptr<ITps> tps = ITps::fromBinder(binder);
     if (tps == nullptr) return 20;
-    auto callback = ndk::SharedRefBase::make<FakeCallback>();
+    auto callback = ndk::SharedRefBase::make<RecordingCallback>();
     if (!tps->registerCallback(callback).isOk()) return 21;
     // Gone at once, as a crashing client would be: the server still references its callback.
     if (mode == "exit") _exit(0);

@@ -7,7 +7,6 @@
 
 #include "MpFixture.h"
 #include "MpRoles.h"
-#include "MpTestUtil.h"
 
 namespace mptest {
 namespace {
@@ -21,8 +20,7 @@ TEST_F(ServiceLifecycleTest, ManagerChecksNamesAndVintfDeclarations) {
     EXPECT_EQ(undeclared->wait(), -EX_ILLEGAL_ARGUMENT);
 
     // Refused before anything is stored, so a local binder leaves nothing behind.
-    const AIBinder_Class* clazz = defineClientClass("tps.test.INamed");
-    ndk::SpAIBinder local(AIBinder_new(clazz, nullptr));
+    ndk::SpAIBinder local(AIBinder_new(defineClientClass("tps.test.INamed"), nullptr));
     for (const std::string& bad : {std::string(), std::string("bad name"), std::string(128, 'a'),
                                    std::string("caf\xc3\xa9")}) {
         EXPECT_EQ(AServiceManager_addService(local.get(), bad.c_str()), EX_ILLEGAL_ARGUMENT)
@@ -40,45 +38,24 @@ TEST_F(ServiceLifecycleTest, ManagerChecksNamesAndVintfDeclarations) {
     EXPECT_EQ(instances, std::vector<std::string>{"default"});
 }
 
-TEST_F(ServiceLifecycleTest, WaitForServiceReturnsOnceTheServiceIsAdded) {
+TEST_F(ServiceLifecycleTest, WaitForServiceReturnsOnceAddedAndDeadWaitersAreForgotten) {
+    // A client waiting for the name dies: its registration must go (the fixture checks the
+    // manager's references).
+    const ProcState before = binderProcState(ServiceManagerEnvironment::pid());
+    auto doomed = spawnRole({"callback-client", "exit"});
+    EXPECT_TRUE(waitForProcState(ServiceManagerEnvironment::pid(),
+                                 [&](const ProcState& s) { return s.refs > before.refs; }));
+    doomed->kill();
+    EXPECT_EQ(doomed->wait(), 128 + SIGKILL);
+
     auto waiting = std::async(std::launch::async, [] {
         return ndk::SpAIBinder(AServiceManager_waitForService(kTpsName));
     });
     mChildren.push_back(spawnRole({"tps-server", "3", "0"}));
-    ndk::SpAIBinder binder = waiting.get();
-    ASSERT_NE(binder.get(), nullptr);
-    std::shared_ptr<ITps> tps = ITps::fromBinder(binder);
+    std::shared_ptr<ITps> tps = ITps::fromBinder(waiting.get());
+    ASSERT_NE(tps, nullptr);
     int32_t version = 0;
     EXPECT_TRUE(tps->getInterfaceVersion(&version).isOk());
-}
-
-TEST_F(ServiceLifecycleTest, ManagerForgetsWhatDeadProcessesRegistered) {
-    mChildren.push_back(spawnRole({"tps-server", "3", "0"}));
-    ndk::SpAIBinder binder(AServiceManager_waitForService(kTpsName));
-    ASSERT_NE(binder.get(), nullptr);
-    binder = ndk::SpAIBinder();
-    mChildren.back()->kill();
-    EXPECT_EQ(mChildren.back()->wait(), 128 + SIGKILL);
-
-    const auto deadline = std::chrono::steady_clock::now() + drivertest::kPatience;
-    AIBinder* stale = nullptr;
-    while ((stale = AServiceManager_checkService(kTpsName)) != nullptr &&
-           std::chrono::steady_clock::now() < deadline) {
-        AIBinder_decStrong(stale);
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    EXPECT_EQ(stale, nullptr) << "the manager still hands out a dead service";
-
-    // A client waiting for a name dies: its registration must go too (the fixture checks the
-    // manager's references).
-    const drivertest::ProcState before =
-            drivertest::binderProcState(ServiceManagerEnvironment::pid());
-    auto waiter = spawnRole({"callback-client", "exit"});
-    EXPECT_TRUE(drivertest::waitForProcState(
-            ServiceManagerEnvironment::pid(),
-            [&](const drivertest::ProcState& s) { return s.refs > before.refs; }));
-    waiter->kill();
-    EXPECT_EQ(waiter->wait(), 128 + SIGKILL);
 }
 
 }  // namespace

@@ -1,53 +1,22 @@
-#include <aidl/vendor/tavix/tps/BnTpsCallback.h>
 #include <aidl/vendor/tavix/tps/ITps.h>
 #include <android/binder_manager.h>
 #include <android/binder_stability.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <functional>
 #include <limits>
 #include <thread>
 
 #include "MpFixture.h"
 #include "MpRoles.h"
-#include "MpTestUtil.h"
 
 namespace mptest {
 namespace {
 
-using aidl::vendor::tavix::tps::BnTpsCallback;
 using aidl::vendor::tavix::tps::ITps;
 using ndk::ScopedAStatus;
 
-class TpsCallTest : public MultiProcessTest {
-protected:
-    std::shared_ptr<ITps> startServer(const std::string& maxThreads = "3", bool joinOnly = false) {
-        mChildren.push_back(spawnRole({"tps-server", maxThreads, joinOnly ? "1" : "0"}));
-        return ITps::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kTpsName)));
-    }
-};
-
-class RecordingCallback : public BnTpsCallback {
-public:
-    ScopedAStatus onTavixPrismPlaybackStart(bool* out) override {
-        *out = true;
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus onTavixPrismPlaybackStop(bool* out) override {
-        *out = true;
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus onTavixNotification(const std::string& event) override {
-        lastEvent = event;
-        tid = gettid();
-        ++calls;
-        return ScopedAStatus::ok();
-    }
-    std::string lastEvent;
-    pid_t tid = 0;
-    std::atomic<int> calls{0};
-};
+using TpsCallTest = MultiProcessTest;
 
 TEST_F(TpsCallTest, EveryParcelTypeOfTheInterfaceRoundTrips) {
     std::shared_ptr<ITps> tps = startServer();
@@ -58,14 +27,14 @@ TEST_F(TpsCallTest, EveryParcelTypeOfTheInterfaceRoundTrips) {
     ASSERT_TRUE(tps->getTavixPrismStatus(&status).isOk());
     EXPECT_EQ(status, (std::vector<float>{128.5f, 0.0f, 2.0f, 1.0f, 321.25f, 1080.0f, 2400.0f}));
 
-    const std::vector<int32_t> ids = {0, 7, -3, std::numeric_limits<int32_t>::max()};
-    std::vector<int32_t> back;
-    ASSERT_TRUE(tps->updateDisplayIDs(ids).isOk());
-    ASSERT_TRUE(tps->getDisplayIDs(&back).isOk());
-    EXPECT_EQ(back, ids);
-    ASSERT_TRUE(tps->updateDisplayIDs({}).isOk());
-    ASSERT_TRUE(tps->getDisplayIDs(&back).isOk());
-    EXPECT_TRUE(back.empty());
+    for (const std::vector<int32_t>& ids :
+         {std::vector<int32_t>{0, 7, -3, std::numeric_limits<int32_t>::max()},
+          std::vector<int32_t>{}}) {
+        std::vector<int32_t> back{1};
+        ASSERT_TRUE(tps->updateDisplayIDs(ids).isOk());
+        ASSERT_TRUE(tps->getDisplayIDs(&back).isOk());
+        EXPECT_EQ(back, ids);
+    }
 
     // Strings cross as UTF-16 and come back as the same UTF-8.
     const std::string params = "pqMode=1;brightness=128;名前=値";
@@ -74,11 +43,13 @@ TEST_F(TpsCallTest, EveryParcelTypeOfTheInterfaceRoundTrips) {
     ASSERT_TRUE(tps->getParameters("keys€", &echoed).isOk());
     EXPECT_EQ(echoed, "keys€|" + params);
 
+    // The server sees who called.
     ASSERT_TRUE(tps->updateParams(5, std::numeric_limits<int64_t>::min()).isOk());
     ASSERT_TRUE(tps->registerProcessor(true).isOk());
-    std::map<std::string, std::string> values = report(tps);
+    Report values = report(tps);
     EXPECT_EQ(values["param"], "5," + std::to_string(std::numeric_limits<int64_t>::min()));
     EXPECT_EQ(values["filtered"], "1");
+    EXPECT_EQ(values["caller"], std::to_string(getpid()) + "," + std::to_string(geteuid()));
 
     ScopedAStatus failed = tps->updateParams(-1, 42);
     EXPECT_EQ(failed.getExceptionCode(), EX_SERVICE_SPECIFIC);
@@ -126,27 +97,10 @@ TEST_F(TpsCallTest, FourCallersRunAtOnceOnAFourThreadPool) {
     EXPECT_EQ(ok, 4);
 }
 
-// One call through the raw API; the reply (if any) lands in *reply.
-binder_status_t transact(AIBinder* binder, transaction_code_t code, binder_flags_t flags,
-                         const std::function<void(AParcel*)>& write,
-                         ndk::ScopedAParcel* reply = nullptr) {
-    AParcel* in = nullptr;
-    if (binder_status_t status = AIBinder_prepareTransaction(binder, &in); status != STATUS_OK) {
-        return status;
-    }
-    if (write) write(in);
-    AParcel* out = nullptr;
-    const binder_status_t status = AIBinder_transact(binder, code, &in, &out, flags);
-    ndk::ScopedAParcel owner(out);
-    if (reply != nullptr) *reply = std::move(owner);
-    return status;
-}
-
-TEST_F(TpsCallTest, OnewayCallsKeepTheirOrder) {
+TEST_F(TpsCallTest, RawCallsKeepOnewayOrderAndReturnTheServersStatus) {
     startServer();
-    ndk::SpAIBinder order(AServiceManager_waitForService(kOrderName));
+    ndk::SpAIBinder order = orderBinder();
     ASSERT_NE(order.get(), nullptr);
-    ASSERT_TRUE(AIBinder_associateClass(order.get(), defineClientClass(kOrderDescriptor)));
     constexpr int32_t kCount = 300;
     for (int32_t i = 0; i < kCount; ++i) {
         ASSERT_EQ(transact(order.get(), kOrderRecord, FLAG_ONEWAY,
@@ -164,9 +118,14 @@ TEST_F(TpsCallTest, OnewayCallsKeepTheirOrder) {
     EXPECT_EQ(AParcel_readBool(reply.get(), &inOrder), STATUS_OK);
     EXPECT_EQ(count, kCount);
     EXPECT_TRUE(inOrder);
+
+    // Failures come back as status-only replies, and the next call still works.
+    EXPECT_EQ(transact(order.get(), kOrderRecord, 0, nullptr), STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(transact(order.get(), 77, 0, nullptr), STATUS_UNKNOWN_TRANSACTION);
+    EXPECT_EQ(transact(order.get(), kOrderSchedInfo, 0, nullptr), STATUS_OK);
 }
 
-TEST_F(TpsCallTest, TokenAndStabilityAreCheckedAcrossProcesses) {
+TEST_F(TpsCallTest, TokenStabilityAndSchedulerPolicyHoldAcrossProcesses) {
     mChildren.push_back(spawnRole({"tps-server", "3", "0"}));
     // The first class a proxy gets is the one it keeps: this one writes no interface token.
     ndk::SpAIBinder raw(AServiceManager_waitForService(kTpsName));
@@ -177,34 +136,27 @@ TEST_F(TpsCallTest, TokenAndStabilityAreCheckedAcrossProcesses) {
     EXPECT_EQ(transact(raw.get(), ITps::TRANSACTION_getTavixPrismStatus, 0, nullptr),
               STATUS_BAD_TYPE);
 
+    ndk::SpAIBinder order = orderBinder();
+    const auto fresh = [&](OrderCode code) {
+        ndk::ScopedAParcel reply;
+        ndk::SpAIBinder binder;
+        if (transact(order.get(), code, 0, nullptr, &reply) == STATUS_OK &&
+            AParcel_readStrongBinder(reply.get(), binder.getR()) == STATUS_OK &&
+            binder.get() != nullptr) {
+            AIBinder_associateClass(binder.get(), orderClientClass());
+        }
+        return binder;
+    };
     // A binder the server never marked arrives with system stability: vendor callers may not
     // use it, system callers may.
-    ndk::SpAIBinder order(AServiceManager_waitForService(kOrderName));
-    const AIBinder_Class* orderClass = defineClientClass(kOrderDescriptor);
-    ASSERT_TRUE(AIBinder_associateClass(order.get(), orderClass));
-    ndk::ScopedAParcel reply;
-    ASSERT_EQ(transact(order.get(), kOrderNewBinder, 0, nullptr, &reply), STATUS_OK);
-    ndk::SpAIBinder fresh;
-    ASSERT_EQ(AParcel_readStrongBinder(reply.get(), fresh.getR()), STATUS_OK);
-    ASSERT_NE(fresh.get(), nullptr);
-    ASSERT_TRUE(AIBinder_associateClass(fresh.get(), orderClass));
+    ndk::SpAIBinder unmarked = fresh(kOrderNewBinder);
+    ASSERT_NE(unmarked.get(), nullptr);
     const auto writeSeq = [](AParcel* in) { AParcel_writeInt32(in, 0); };
-    EXPECT_EQ(transact(fresh.get(), kOrderRecord, FLAG_ONEWAY | FLAG_PRIVATE_VENDOR, writeSeq),
+    EXPECT_EQ(transact(unmarked.get(), kOrderRecord, FLAG_ONEWAY | FLAG_PRIVATE_VENDOR, writeSeq),
               STATUS_BAD_TYPE);
-    EXPECT_EQ(transact(fresh.get(), kOrderRecord, FLAG_ONEWAY, writeSeq), STATUS_OK);
-}
+    EXPECT_EQ(transact(unmarked.get(), kOrderRecord, FLAG_ONEWAY, writeSeq), STATUS_OK);
 
-TEST_F(TpsCallTest, MinimumSchedulerPolicyHoldsWhileTheNodeIsServed) {
-    startServer();
-    ndk::SpAIBinder order(AServiceManager_waitForService(kOrderName));
-    const AIBinder_Class* orderClass = defineClientClass(kOrderDescriptor);
-    ASSERT_TRUE(AIBinder_associateClass(order.get(), orderClass));
-    ndk::ScopedAParcel reply;
-    ASSERT_EQ(transact(order.get(), kOrderRtBinder, 0, nullptr, &reply), STATUS_OK);
-    ndk::SpAIBinder rt;
-    ASSERT_EQ(AParcel_readStrongBinder(reply.get(), rt.getR()), STATUS_OK);
-    ASSERT_TRUE(AIBinder_associateClass(rt.get(), orderClass));
-
+    // A node's minimum policy holds only while that node is served.
     const auto schedOf = [&](AIBinder* binder) {
         ndk::ScopedAParcel out;
         int32_t policy = -1;
@@ -215,6 +167,7 @@ TEST_F(TpsCallTest, MinimumSchedulerPolicyHoldsWhileTheNodeIsServed) {
         }
         return std::make_pair(policy, priority);
     };
+    ndk::SpAIBinder rt = fresh(kOrderRtBinder);
     EXPECT_EQ(schedOf(rt.get()), std::make_pair(SCHED_FIFO, kRtPriority));
     EXPECT_EQ(schedOf(order.get()), std::make_pair(SCHED_OTHER, 0));
 }

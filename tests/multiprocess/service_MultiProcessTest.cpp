@@ -11,11 +11,9 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstring>
 #include <deque>
 #include <fstream>
-#include <map>
 #include <thread>
 
 #include "service_Harness.h"
@@ -181,82 +179,6 @@ TEST_F(ServiceProcessTest, RoadOfOneRequest) {
     set("Unregister_TPDPUProcessor");
     EXPECT_EQ(next(*watcher), "event Callback_TavixRenderStop");
     EXPECT_EQ(next(*watcher), "event Callback_TavixLogoStop");
-}
-
-TEST_F(ServiceProcessTest, DeadClientIsDroppedAtTheNextFanOut) {
-    auto doomed = startWatcher();
-    auto survivor = startWatcher();
-    doomed->process->kill(SIGKILL);
-    doomed->process->wait();
-    EXPECT_EQ(deadRefs(mService->pid()), 1) << "the service still holds the dead client";
-
-    const std::string failure =
-            "onTavixNotification tavixPrism_Callback_TavixRenderStart "
-            "transaction fail";
-    set("register_SDRDPUProcessor=0");
-    EXPECT_EQ(next(*survivor), "event Callback_TavixRenderStart");
-    EXPECT_EQ(countOccurrences(readFile(mLog), failure), 1) << readFile(mLog);
-    // Its proxy went with it: the service holds no reference to the dead node any more.
-    EXPECT_EQ(deadRefs(mService->pid()), 0);
-
-    set("Unregister_SDRDPUProcessor");
-    EXPECT_EQ(next(*survivor), "event Callback_TavixRenderStop");
-    EXPECT_EQ(countOccurrences(readFile(mLog), "transaction fail"), 1) << "called once only";
-}
-
-TEST_F(ServiceProcessTest, MoreConcurrentCallersThanPoolThreads) {
-    auto watcher = startWatcher();
-    constexpr int kCallers = 12;  // the service serves on 4 pool threads and its main thread
-    constexpr int kRounds = 20;
-    std::atomic<int> failures{0};
-    std::vector<std::thread> callers;
-    for (int c = 0; c < kCallers; ++c) {
-        callers.emplace_back([&, c] {
-            for (int i = 0; i < kRounds; ++i) {
-                std::vector<float> values;
-                std::string reply;
-                bool ok = mTps->registerProcessor(c % 2 == 0).isOk() &&
-                          mTps->getTavixPrismStatus(&values).isOk() && values.size() == 7 &&
-                          mTps->getParameters("all", &reply).isOk() &&
-                          mTps->setParameters("displaySize=1080,2400;pqModes=0,1").isOk() &&
-                          mTps->unregisterProcessor().isOk();
-                if (!ok) ++failures;
-            }
-        });
-    }
-    for (auto& caller : callers) caller.join();
-    EXPECT_EQ(failures, 0);
-
-    // Nothing was left open: a client arriving now gets no catch-up (which would come logo
-    // first), only the fan-out of a new session (render first).
-    auto late = startWatcher();
-    ASSERT_TRUE(mTps->registerProcessor(true).isOk());
-    EXPECT_EQ(next(*late), "event Callback_TavixRenderStart");
-    EXPECT_EQ(next(*late), "event Callback_TavixLogoStart");
-    ASSERT_TRUE(mTps->unregisterProcessor().isOk());
-    EXPECT_EQ(next(*late), "event Callback_TavixRenderStop");
-
-    // The first client heard each kind alternate, start first, and end on a stop.
-    watcher->process->kill(SIGTERM);
-    std::map<std::string, std::string> lastOf;  // kind -> last event
-    std::string line;
-    int events = 0;
-    while (watcher->process->readLine(&line)) {
-        for (const char* kind : {"Render", "Logo"}) {
-            const std::string start = std::string("event Callback_Tavix") + kind + "Start";
-            const std::string stop = std::string("event Callback_Tavix") + kind + "Stop";
-            if (line != start && line != stop) continue;
-            ++events;
-            EXPECT_NE(line, lastOf[kind]) << "two in a row";
-            if (lastOf[kind].empty()) {
-                EXPECT_EQ(line, start);
-            }
-            lastOf[kind] = line;
-        }
-    }
-    EXPECT_GE(events, 4);
-    EXPECT_EQ(lastOf["Render"], "event Callback_TavixRenderStop");
-    EXPECT_EQ(lastOf["Logo"], "event Callback_TavixLogoStop");
 }
 
 }  // namespace
