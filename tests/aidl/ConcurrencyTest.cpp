@@ -7,8 +7,7 @@
 #include <atomic>
 #include <thread>
 
-#include "ScriptedBinder.h"
-#include "Wire.h"
+#include "ScriptedProxy.h"
 
 namespace aidl::vendor::tavix::tps::test {
 namespace {
@@ -16,17 +15,10 @@ namespace {
 constexpr int kThreads = 8;
 constexpr int kCallsPerThread = 50;
 
-template <typename Body>
-void runOnThreads(Body body) {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) threads.emplace_back(body);
-    for (std::thread& thread : threads) thread.join();
-}
-
 TEST(ConcurrencyTest, CachesAreFilledOnceUnderConcurrentFirstCalls) {
     const Wire version = Wire().ok().i32(1);
     const Wire hash = Wire().ok().str(ITpsCallback::hash);
-    ScriptedBinder remote(
+    RecordingBinder remote(
             ITpsCallback::descriptor, [&](transaction_code_t code, const AParcel*, AParcel* reply) {
                 const Wire& wire = code == 16777215 ? version : hash;
                 return AParcel_unmarshal(reply, wire.bytes().data(), wire.bytes().size());
@@ -34,14 +26,18 @@ TEST(ConcurrencyTest, CachesAreFilledOnceUnderConcurrentFirstCalls) {
     std::shared_ptr<ITpsCallback> proxy = ITpsCallback::fromBinder(remote.binder());
     std::atomic<int> wrong{0};
 
-    runOnThreads([&] {
-        for (int i = 0; i < kCallsPerThread; ++i) {
-            int32_t v = 0;
-            std::string h;
-            if (!proxy->getInterfaceVersion(&v).isOk() || v != 1) ++wrong;
-            if (!proxy->getInterfaceHash(&h).isOk() || h != ITpsCallback::hash) ++wrong;
-        }
-    });
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < kCallsPerThread; ++i) {
+                int32_t v = 0;
+                std::string h;
+                if (!proxy->getInterfaceVersion(&v).isOk() || v != 1) ++wrong;
+                if (!proxy->getInterfaceHash(&h).isOk() || h != ITpsCallback::hash) ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
 
     EXPECT_EQ(wrong.load(), 0);
     // The hash is asked under the proxy's lock, so exactly once.

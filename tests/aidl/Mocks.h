@@ -41,4 +41,13 @@ inline auto ReturnOk() {
     return [](auto&&...) { return ::ndk::ScopedAStatus::ok(); };
 }
 
+// A call that no test expected answers an error status rather than gmock's made-up null status,
+// which the dispatcher would hand to the library and crash the whole run instead of failing
+// one test.
+inline const bool kDefaultStatusSet = [] {
+    ::testing::DefaultValue<::ndk::ScopedAStatus>::SetFactory(
+            [] { return ::ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE); });
+    return true;
+}();
+
 }  // namespace aidl::vendor::tavix::tps::test

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-namespace aidl::vendor::tavix::tps::test {
+namespace tps::test {
 
-// Expected parcel bytes, built by hand from the wire layout rather than through AParcel, so that
-// a test compares against an independent description of the bytes.
+// Expected parcel bytes written down by hand from the wire layout rather than through AParcel, so
+// that a test compares against an independent description of the bytes. Little-endian.
 class Wire {
 public:
     Wire& i32(int32_t value);
@@ -35,7 +35,7 @@ private:
 // Bytes of a parcel without binder objects, from offset 0; empty if the parcel cannot be copied.
 std::vector<uint8_t> parcelBytes(const AParcel* parcel);
 
-// 32-bit little-endian words separated by spaces, the way the bytes are usually written down.
+// 32-bit words in hex separated by spaces, for readable failure messages.
 std::string hex(const std::vector<uint8_t>& bytes);
 
-}  // namespace aidl::vendor::tavix::tps::test
+}  // namespace tps::test

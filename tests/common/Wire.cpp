@@ -3,38 +3,32 @@
 #include <cstdio>
 #include <cstring>
 
-namespace aidl::vendor::tavix::tps::test {
-
-namespace {
-
-template <typename T>
-void appendRaw(std::vector<uint8_t>* bytes, T value) {
-    uint8_t raw[sizeof(T)];
-    std::memcpy(raw, &value, sizeof(T));
-    bytes->insert(bytes->end(), raw, raw + sizeof(T));
-}
-
-}  // namespace
+namespace tps::test {
 
 Wire& Wire::i32(int32_t value) {
-    appendRaw(&mBytes, value);
+    const auto bits = static_cast<uint32_t>(value);
+    for (int shift = 0; shift < 32; shift += 8) mBytes.push_back(uint8_t(bits >> shift));
     return *this;
 }
 
 Wire& Wire::i64(int64_t value) {
-    appendRaw(&mBytes, value);
-    return *this;
+    const auto bits = static_cast<uint64_t>(value);
+    return i32(int32_t(uint32_t(bits))).i32(int32_t(uint32_t(bits >> 32)));
 }
 
 Wire& Wire::f32(float value) {
-    appendRaw(&mBytes, value);
-    return *this;
+    uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof(bits));
+    return i32(static_cast<int32_t>(bits));
 }
 
 Wire& Wire::str(std::string_view ascii) {
     i32(static_cast<int32_t>(ascii.size()));
-    for (char c : ascii) appendRaw(&mBytes, static_cast<uint16_t>(c));
-    appendRaw(&mBytes, uint16_t{0});
+    for (char c : ascii) {
+        mBytes.push_back(static_cast<uint8_t>(c));
+        mBytes.push_back(0);
+    }
+    mBytes.insert(mBytes.end(), {0, 0});
     while (mBytes.size() % 4 != 0) mBytes.push_back(0);
     return *this;
 }
@@ -69,4 +63,4 @@ std::string hex(const std::vector<uint8_t>& bytes) {
     return text;
 }
 
-}  // namespace aidl::vendor::tavix::tps::test
+}  // namespace tps::test

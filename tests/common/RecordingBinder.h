@@ -7,12 +7,12 @@
 #include <mutex>
 #include <vector>
 
-namespace aidl::vendor::tavix::tps::test {
+namespace tps::test {
 
-// Stands in for the other side of a proxy. It is a local binder of a class defined here rather
-// than by tps_aidl, carrying the interface's descriptor, so fromBinder wraps it in a proxy and
-// the proxy's requests land in the handler, which scripts the reply or the transport result.
-class ScriptedBinder {
+// Stands in for the other side of a proxy: a local binder of a class defined here with a given
+// descriptor, so fromBinder() wraps it in a proxy whose requests land in the handler, which
+// scripts the reply or the transport result. Every request is recorded.
+class RecordingBinder {
 public:
     using Handler = std::function<binder_status_t(transaction_code_t code, const AParcel* request,
                                                   AParcel* reply)>;
@@ -21,10 +21,9 @@ public:
         std::vector<uint8_t> bytes;  // the whole request, interface token included
     };
 
-    ScriptedBinder(const char* descriptor, Handler handler);
-    ~ScriptedBinder();
-    ScriptedBinder(const ScriptedBinder&) = delete;
-    ScriptedBinder& operator=(const ScriptedBinder&) = delete;
+    RecordingBinder(const char* descriptor, Handler handler);
+    RecordingBinder(const RecordingBinder&) = delete;
+    RecordingBinder& operator=(const RecordingBinder&) = delete;
 
     const ::ndk::SpAIBinder& binder() const { return mBinder; }
     std::vector<Request> requests() const;
@@ -37,7 +36,7 @@ private:
     const Handler mHandler;
     mutable std::mutex mLock;
     std::vector<Request> mRequests;  // guarded by mLock
-    ::ndk::SpAIBinder mBinder;
+    ::ndk::SpAIBinder mBinder;       // user data points at this object: no proxy may outlive it
 };
 
-}  // namespace aidl::vendor::tavix::tps::test
+}  // namespace tps::test
