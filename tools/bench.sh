@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the benchmarks in Release (build-bench) and runs every one that exists: the in-process
-# service benchmark, the in-process binder round trip, and the driver round trip in the binder VM.
+# service benchmark, the in-process binder round trip, and, in the binder VM, the driver round trip
+# and the system figures of the service process (memory, fan-out, sensor event to visible lux).
 # Usage: tools/bench.sh [--quick]   (--quick: short runs, for checking that everything still runs)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -8,14 +9,16 @@ cd "$(dirname "$0")/.."
 dir=build-bench
 min_time=0.5
 vm_calls=
+system_args=()
 if [ "${1:-}" = "--quick" ]; then
     min_time=0.01
     vm_calls=200
+    system_args=(--quick)
 fi
 
 cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
 targets=()
-for target in bench_service bench_binder driver_bench; do
+for target in bench_service bench_binder driver_bench system_bench; do
     if ninja -C "$dir" -t targets all 2>/dev/null | grep -q "^$target:"; then
         targets+=("$target")
     fi
@@ -33,5 +36,8 @@ for target in "${targets[@]}"; do
             # The host kernel has no binder driver; the runner boots one.
             tools/vm/run-in-vm --smp 2 --timeout 600 -- "$PWD/$dir/bench/driver/driver_bench" \
                 $vm_calls ;;
+        system_bench)
+            tools/vm/run-in-vm --smp 2 --timeout 900 -- "$PWD/$dir/bench/system/system_bench" \
+                "${system_args[@]}" ;;
     esac
 done

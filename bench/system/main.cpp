@@ -1,0 +1,36 @@
+// System benchmarks of the service process on the binder driver; see bench/README.md.
+//   tools/vm/run-in-vm --smp 2 -- build-bench/bench/system/system_bench [--quick]
+//       [--service-env NAME=VALUE]...
+#include <limits.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "CallbackHost.h"
+#include "SystemBench.h"
+
+int main(int argc, char** argv) {
+    if (argc == 5 && strcmp(argv[1], "--child") == 0 && strcmp(argv[2], "callbacks") == 0) {
+        return sysbench::runCallbackHost(atoi(argv[3]), atoi(argv[4]));
+    }
+    sysbench::Options options;
+    for (int i = 1; i < argc; ++i) {
+        if (strcmp(argv[i], "--quick") == 0) {
+            options.quick = true;
+        } else if (strcmp(argv[i], "--service-env") == 0 && i + 1 < argc) {
+            options.serviceEnv.push_back(argv[++i]);
+        } else {
+            fprintf(stderr, "usage: system_bench [--quick] [--service-env NAME=VALUE]...\n");
+            return 2;
+        }
+    }
+    char self[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", self, sizeof(self) - 1);
+    if (length <= 0) return 1;
+    self[length] = '\0';
+    signal(SIGPIPE, SIG_IGN);  // a dead sensord shows as a failed write
+    return sysbench::SystemBench(self, options).run();
+}
