@@ -1,6 +1,7 @@
 #define LOG_TAG "TavixPrismAIDLService"
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "Tps.h"
@@ -68,23 +69,22 @@ void Tps::refreshDerivedValuesLocked() {
 }
 
 ndk::ScopedAStatus Tps::getTavixPrismStatus(std::vector<float>* status) {
-    StatusBlock snapshot;
+    // Only the reported scalars are copied: the record's lists would cost an allocation each.
+    float reported[7];
     {
         std::unique_lock<std::shared_mutex> statusLock(mStatusLock);
         std::lock_guard<std::mutex> sensorLock(mSensorLock);
         refreshDerivedValuesLocked();
-        snapshot = mStatus;
+        reported[0] = static_cast<float>(mStatus.mReportedBrightness);
+        reported[1] = static_cast<float>(mStatus.mReserved);
+        reported[2] = static_cast<float>(mStatus.mMode);
+        reported[3] = static_cast<float>(mStatus.mDisplayId);
+        reported[4] = mStatus.mLux;
+        reported[5] = static_cast<float>(mStatus.mDisplayWidth);
+        reported[6] = static_cast<float>(mStatus.mDisplayHeight);
     }
 
-    status->clear();
-    status->reserve(7);
-    status->push_back(static_cast<float>(snapshot.mReportedBrightness));
-    status->push_back(static_cast<float>(snapshot.mReserved));
-    status->push_back(static_cast<float>(snapshot.mMode));
-    status->push_back(static_cast<float>(snapshot.mDisplayId));
-    status->push_back(snapshot.mLux);
-    status->push_back(static_cast<float>(snapshot.mDisplayWidth));
-    status->push_back(static_cast<float>(snapshot.mDisplayHeight));
+    status->assign(std::begin(reported), std::end(reported));
     return ndk::ScopedAStatus::ok();
 }
 
