@@ -7,9 +7,16 @@
 // The store survives process restarts, so "persist.*" properties behave as on a device. Unlike a
 // device, every other property survives too until the directory is removed: a fresh directory is
 // the host's equivalent of a reboot.
+//
+// Reads are answered from this process's copies while the store's serial (PropertyArea) holds
+// still; every set bumps it once the value is in place. A process whose store directory is
+// removed and made again under the same name has missed that reboot: it keeps its copies until it
+// uses another store. Tests give each store a fresh name.
 
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -20,7 +27,9 @@
 #include <atomic>
 #include <string>
 
+#include "PropertyCache.h"
 #include "PropertyStore.h"
+#include "UniqueFd.h"
 
 #ifndef TPS_DEFAULT_PROPERTY_DIR
 #error "TPS_DEFAULT_PROPERTY_DIR must name the default property directory"
@@ -28,20 +37,7 @@
 
 namespace {
 
-class UniqueFd {
-public:
-    explicit UniqueFd(int fd) : mFd(fd) {}
-    ~UniqueFd() {
-        if (mFd >= 0) close(mFd);
-    }
-    UniqueFd(const UniqueFd&) = delete;
-    UniqueFd& operator=(const UniqueFd&) = delete;
-    int get() const { return mFd; }
-    bool ok() const { return mFd >= 0; }
-
-private:
-    int mFd;
-};
+using host_properties::UniqueFd;
 
 // Mirrors the character set init accepts, which also keeps names safe as file names: no "/",
 // and no leading "." (temporary files start with one).
@@ -101,10 +97,56 @@ std::string temporaryName(const std::string& dir) {
 
 namespace host_properties {
 
-std::string storeDirectory() {
+const char* storeDirectoryPath() {
     const char* env = getenv("TPS_PROPERTY_DIR");
     if (env != nullptr && env[0] != '\0') return env;
     return TPS_DEFAULT_PROPERTY_DIR;
+}
+
+std::string storeDirectory() {
+    return storeDirectoryPath();
+}
+
+int readValueFile(const char* dir, const char* name, char* value) {
+    value[0] = '\0';
+    char path[PATH_MAX];
+    int n = snprintf(path, sizeof(path), "%s/%s", dir, name);
+    if (n < 0 || static_cast<size_t>(n) >= sizeof(path)) return 0;
+    UniqueFd fd(open(path, O_RDONLY | O_CLOEXEC));
+    if (!fd.ok()) return 0;
+    size_t got = 0;
+    while (got < PROP_VALUE_MAX - 1) {
+        ssize_t r = read(fd.get(), value + got, PROP_VALUE_MAX - 1 - got);
+        if (r < 0) {
+            if (errno == EINTR) continue;
+            got = 0;
+            break;
+        }
+        if (r == 0) break;
+        got += static_cast<size_t>(r);
+    }
+    value[got] = '\0';
+    // A value never holds a NUL; stop at one should a file have been edited by hand.
+    return static_cast<int>(strlen(value));
+}
+
+int writeValueFile(const char* dir, const char* name, const char* value) {
+    std::string path = std::string(dir) + "/" + name;
+    bool readOnly = isReadOnlyName(name);
+    if (readOnly && access(path.c_str(), F_OK) == 0) return -1;
+
+    std::string tmp = temporaryName(dir);
+    {
+        UniqueFd fd(open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+        if (!fd.ok()) return -1;
+        if (!writeAll(fd.get(), value, strlen(value))) {
+            unlink(tmp.c_str());
+            return -1;
+        }
+    }
+    int result = readOnly ? link(tmp.c_str(), path.c_str()) : rename(tmp.c_str(), path.c_str());
+    if (readOnly || result != 0) unlink(tmp.c_str());
+    return result == 0 ? 0 : -1;
 }
 
 }  // namespace host_properties
@@ -114,48 +156,17 @@ extern "C" {
 int __system_property_get(const char* name, char* value) {
     value[0] = '\0';
     if (name == nullptr || !isValidName(name)) return 0;
-    std::string path = host_properties::storeDirectory() + "/" + name;
-    UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!fd.ok()) return 0;
-    size_t got = 0;
-    while (got < PROP_VALUE_MAX - 1) {
-        ssize_t n = read(fd.get(), value + got, PROP_VALUE_MAX - 1 - got);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            got = 0;
-            break;
-        }
-        if (n == 0) break;
-        got += static_cast<size_t>(n);
-    }
-    value[got] = '\0';
-    // A value never holds a NUL; stop at one should a file have been edited by hand.
-    return static_cast<int>(strlen(value));
+    return host_properties::PropertyCache::instance().get(host_properties::storeDirectoryPath(),
+                                                          name, value);
 }
 
 int __system_property_set(const char* name, const char* value) {
     if (name == nullptr || value == nullptr || !isValidName(name)) return -1;
-    size_t len = strlen(value);
-    if (len >= PROP_VALUE_MAX) return -1;
+    if (strlen(value) >= PROP_VALUE_MAX) return -1;
 
-    std::string dir = host_properties::storeDirectory();
+    const char* dir = host_properties::storeDirectoryPath();
     if (!makeDirectories(dir)) return -1;
-    std::string path = dir + "/" + name;
-    bool readOnly = isReadOnlyName(name);
-    if (readOnly && access(path.c_str(), F_OK) == 0) return -1;
-
-    std::string tmp = temporaryName(dir);
-    {
-        UniqueFd fd(open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
-        if (!fd.ok()) return -1;
-        if (!writeAll(fd.get(), value, len)) {
-            unlink(tmp.c_str());
-            return -1;
-        }
-    }
-    int result = readOnly ? link(tmp.c_str(), path.c_str()) : rename(tmp.c_str(), path.c_str());
-    if (readOnly || result != 0) unlink(tmp.c_str());
-    return result == 0 ? 0 : -1;
+    return host_properties::PropertyCache::instance().set(dir, name, value);
 }
 
 }  // extern "C"
