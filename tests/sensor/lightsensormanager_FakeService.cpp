@@ -6,21 +6,6 @@
 
 namespace lsmtest {
 
-using ::aidl::android::frameworks::sensorservice::IDirectReportChannel;
-using ::aidl::android::hardware::common::Ashmem;
-
-namespace {
-
-::ndk::ScopedAStatus serviceError(int32_t code) {
-    return ::ndk::ScopedAStatus::fromServiceSpecificError(code);
-}
-
-std::string sensorServiceName() {
-    return std::string(ISensorManager::descriptor) + "/default";
-}
-
-}  // namespace
-
 // The queue only records into its service, which it keeps alive.
 class FakeSensorService::Queue : public ::aidl::android::frameworks::sensorservice::BnEventQueue {
 public:
@@ -30,17 +15,20 @@ public:
                                       int64_t latencyUs) override {
         std::lock_guard<std::mutex> lock(mService->mLock);
         mService->mRecord.enables.push_back({handle, periodUs, latencyUs});
-        if (mService->failEnable) return serviceError(ISensorManager::RESULT_BAD_VALUE);
-        return ::ndk::ScopedAStatus::ok();
+        return result(mService->failEnable);
     }
     ::ndk::ScopedAStatus disableSensor(int32_t handle) override {
         std::lock_guard<std::mutex> lock(mService->mLock);
         mService->mRecord.disables.push_back(handle);
-        if (mService->failDisable) return serviceError(ISensorManager::RESULT_BAD_VALUE);
-        return ::ndk::ScopedAStatus::ok();
+        return result(mService->failDisable);
     }
 
 private:
+    static ::ndk::ScopedAStatus result(bool fail) {
+        return fail ? fromServiceSpecificError(ISensorManager::RESULT_BAD_VALUE)
+                    : ::ndk::ScopedAStatus::ok();
+    }
+
     const std::shared_ptr<FakeSensorService> mService;
 };
 
@@ -49,20 +37,10 @@ FakeSensorService::Record FakeSensorService::record() const {
     return mRecord;
 }
 
-::ndk::ScopedAStatus FakeSensorService::createAshmemDirectChannel(
-        const Ashmem&, int64_t, std::shared_ptr<IDirectReportChannel>*) {
-    return serviceError(RESULT_UNKNOWN_ERROR);
-}
-
-::ndk::ScopedAStatus FakeSensorService::createGrallocDirectChannel(
-        const ::ndk::ScopedFileDescriptor&, int64_t, std::shared_ptr<IDirectReportChannel>*) {
-    return serviceError(RESULT_UNKNOWN_ERROR);
-}
-
 ::ndk::ScopedAStatus FakeSensorService::createEventQueue(
         const std::shared_ptr<IEventQueueCallback>& callback, std::shared_ptr<IEventQueue>* queue) {
-    if (failCreateQueue) return serviceError(RESULT_UNKNOWN_ERROR);
-    if (!callback) return serviceError(RESULT_BAD_VALUE);
+    if (failCreateQueue) return fromServiceSpecificError(RESULT_UNKNOWN_ERROR);
+    if (!callback) return fromServiceSpecificError(RESULT_BAD_VALUE);
     auto created = ::ndk::SharedRefBase::make<Queue>(ref<FakeSensorService>());
     std::lock_guard<std::mutex> lock(mLock);
     mRecord.callback = callback;
@@ -73,32 +51,23 @@ FakeSensorService::Record FakeSensorService::record() const {
 }
 
 ::ndk::ScopedAStatus FakeSensorService::getDefaultSensor(SensorType type, SensorInfo* sensor) {
-    {
-        std::lock_guard<std::mutex> lock(mLock);
-        ++mRecord.defaultSensorCalls;
+    if (!defaultSensor || type != SensorType::LIGHT) {
+        return fromServiceSpecificError(RESULT_NOT_EXIST);
     }
-    if (!defaultSensor || type != SensorType::LIGHT) return serviceError(RESULT_NOT_EXIST);
     *sensor = *defaultSensor;
     return ::ndk::ScopedAStatus::ok();
 }
 
 ::ndk::ScopedAStatus FakeSensorService::getSensorList(std::vector<SensorInfo>* list) {
-    {
-        std::lock_guard<std::mutex> lock(mLock);
-        ++mRecord.sensorListCalls;
-    }
     list->clear();
-    if (failList) return serviceError(RESULT_UNKNOWN_ERROR);
+    if (failList) return fromServiceSpecificError(RESULT_UNKNOWN_ERROR);
     *list = sensors;
     return ::ndk::ScopedAStatus::ok();
 }
 
-void registerUnderSensorServiceName(AIBinder* binder) {
-    AServiceManager_addService(binder, sensorServiceName().c_str());
-}
-
-void useSensorService(const std::shared_ptr<ISensorManager>& service) {
-    registerUnderSensorServiceName(service->asBinder().get());
+void useSensorService(AIBinder* binder) {
+    AServiceManager_addService(binder,
+                               (std::string(ISensorManager::descriptor) + "/default").c_str());
 }
 
 Event lightEvent(float lux, int32_t handle) {
@@ -115,11 +84,9 @@ SensorInfo lightSensor(int32_t handle) {
     sensor.sensorHandle = handle;
     sensor.name = "Light A";
     sensor.vendor = "Vendor A";
-    sensor.version = 1;
     sensor.type = SensorType::LIGHT;
     sensor.typeAsString = "android.sensor.light";
     sensor.maxRange = 30000.0f;
-    sensor.resolution = 1.0f;
     sensor.power = 0.2f;
     sensor.flags = SensorInfo::SENSOR_FLAG_BITS_ON_CHANGE_MODE;
     return sensor;

@@ -12,6 +12,7 @@
 
 namespace lsmtest {
 
+using ::aidl::android::frameworks::sensorservice::IDirectReportChannel;
 using ::aidl::android::frameworks::sensorservice::IEventQueue;
 using ::aidl::android::frameworks::sensorservice::IEventQueueCallback;
 using ::aidl::android::frameworks::sensorservice::ISensorManager;
@@ -38,8 +39,6 @@ public:
 
     // What the service has been asked.
     struct Record {
-        int sensorListCalls = 0;
-        int defaultSensorCalls = 0;
         std::vector<Enable> enables;
         std::vector<int32_t> disables;
         std::shared_ptr<IEventQueueCallback> callback;  // of the last queue created
@@ -50,33 +49,37 @@ public:
 
     ::ndk::ScopedAStatus createAshmemDirectChannel(
             const ::aidl::android::hardware::common::Ashmem&, int64_t,
-            std::shared_ptr<::aidl::android::frameworks::sensorservice::IDirectReportChannel>*)
-            override;
-    ::ndk::ScopedAStatus createEventQueue(const std::shared_ptr<IEventQueueCallback>& callback,
-                                          std::shared_ptr<IEventQueue>* queue) override;
+            std::shared_ptr<IDirectReportChannel>*) override {
+        return fromServiceSpecificError(RESULT_UNKNOWN_ERROR);
+    }
     ::ndk::ScopedAStatus createGrallocDirectChannel(
             const ::ndk::ScopedFileDescriptor&, int64_t,
-            std::shared_ptr<::aidl::android::frameworks::sensorservice::IDirectReportChannel>*)
-            override;
+            std::shared_ptr<IDirectReportChannel>*) override {
+        return fromServiceSpecificError(RESULT_UNKNOWN_ERROR);
+    }
+    ::ndk::ScopedAStatus createEventQueue(const std::shared_ptr<IEventQueueCallback>& callback,
+                                          std::shared_ptr<IEventQueue>* queue) override;
     ::ndk::ScopedAStatus getDefaultSensor(SensorType type, SensorInfo* sensor) override;
     ::ndk::ScopedAStatus getSensorList(std::vector<SensorInfo>* list) override;
 
 private:
     class Queue;
+    static ::ndk::ScopedAStatus fromServiceSpecificError(int32_t code) {
+        return ::ndk::ScopedAStatus::fromServiceSpecificError(code);
+    }
 
     mutable std::mutex mLock;
     Record mRecord;  // guarded by mLock
 };
 
-// Makes `service` the platform sensor service of this process, replacing the previous one.
-void useSensorService(const std::shared_ptr<ISensorManager>& service);
+// Puts `binder` under the platform sensor service's name, replacing what was there.
+void useSensorService(AIBinder* binder);
+inline void useSensorService(const std::shared_ptr<ISensorManager>& service) {
+    useSensorService(service->asBinder().get());
+}
 
-// Puts an arbitrary binder under the sensor service's name.
-void registerUnderSensorServiceName(AIBinder* binder);
-
-// A light event with the given lux.
+// A light event with the given lux, and a light sensor's description.
 Event lightEvent(float lux, int32_t handle = 1);
-
 SensorInfo lightSensor(int32_t handle);
 
 }  // namespace lsmtest

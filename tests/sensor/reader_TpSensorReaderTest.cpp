@@ -29,7 +29,7 @@ protected:
     Calls calls() { return FakeLightSensor::snapshot().calls; }
 };
 
-TEST_F(SensorReader, NoNodesThenLedGroupWhenOnlyItExists) {
+TEST_F(SensorReader, FirstGroupWithANodeWinsAndOnlyItsDisplaysCanBeChecked) {
     {
         tavixPrism::TpSensorReader reader;
         reader.enableSensor();
@@ -41,19 +41,14 @@ TEST_F(SensorReader, NoNodesThenLedGroupWhenOnlyItExists) {
         EXPECT_EQ(0u, mLog.lines().size()) << mLog.dump();  // nothing was opened
     }
     writeNode("leds/lcd/brightness", "100");
-    writeNode("leds/lcd/max_brightness", "200");
-    tavixPrism::TpSensorReader reader;
-    reader.enableSensor();
-    EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "use node group 1"));
-    EXPECT_TRUE(reader.checkBrightnessDriverNode(0));
-    EXPECT_FALSE(reader.checkBrightnessDriverNode(1));
-    EXPECT_EQ(100.0f * 255.0f / 200.0f, reader.getBrightnessVal(false));
-}
-
-TEST_F(SensorReader, PanelGroupWinsAndDisplaysAreChecked) {
+    {
+        tavixPrism::TpSensorReader reader;
+        reader.enableSensor();
+        EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "use node group 1"));
+        EXPECT_FALSE(reader.checkBrightnessDriverNode(1));
+    }
     writeNode("backlight/panel0/brightness", "10");
     writeNode("backlight/panel0/max_brightness", "100");
-    writeNode("leds/lcd/brightness", "100");
     tavixPrism::TpSensorReader reader;
     reader.enableSensor();
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_INFO, kTag, "use node group 0"));
@@ -72,76 +67,67 @@ TEST_F(SensorReader, PanelGroupWinsAndDisplaysAreChecked) {
     EXPECT_TRUE(reader.checkBrightnessDriverNode(1));
     // Neither rounded nor clamped.
     EXPECT_EQ(512.0f * 255.0f / 1023.0f, reader.getBrightnessVal(false));
-
     // Back to display 0: its own maximum is read again.
     EXPECT_TRUE(reader.checkBrightnessDriverNode(0));
     EXPECT_EQ(10.0f * 255.0f / 100.0f, reader.getBrightnessVal(false));
 }
 
-TEST_F(SensorReader, UnreadableNodesCountAs255) {
+TEST_F(SensorReader, UnreadableNodesCountAs255AndAreReadAfreshEachTime) {
     writeNode("leds/lcd/brightness", "bright");
     tavixPrism::TpSensorReader reader;
     reader.enableSensor();
     const std::string path = nodePath("leds/lcd/brightness");
-    const std::string readError = "Failed to read brightness value from file: " + path;
     EXPECT_TRUE(mLog.hasOnce(
             ANDROID_LOG_ERROR, kTag,
             "fail to open " + nodePath("leds/lcd/max_brightness") + " brightness file"));
-    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
-
-    // Nodes are read afresh every time.
-    writeNode("leds/lcd/brightness", "51\n");
-    EXPECT_EQ(51.0f, reader.getBrightnessVal(false));
-    writeNode("leds/lcd/brightness", "");
-    EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
-    EXPECT_EQ(2u, mLog.count(ANDROID_LOG_ERROR, kTag, readError));
-
+    for (const char* text : {"bright", "51\n", ""}) {
+        writeNode("leds/lcd/brightness", text);
+        EXPECT_EQ(text[0] == '5' ? 51.0f : 255.0f, reader.getBrightnessVal(false)) << text;
+    }
+    EXPECT_EQ(2u, mLog.count(ANDROID_LOG_ERROR, kTag,
+                             "Failed to read brightness value from file: " + path));
     // A node that disappears after selection: open failure, still 255.
     clearTestNodes();
     EXPECT_EQ(255.0f, reader.getBrightnessVal(false));
     EXPECT_TRUE(mLog.hasOnce(ANDROID_LOG_ERROR, kTag, "fail to open " + path + " brightness file"));
 }
 
-TEST_F(SensorReader, StartReadAndStop) {
+TEST_F(SensorReader, StopReleasesTheManagerForGood) {
     {
         tavixPrism::TpSensorReader reader;
-        EXPECT_EQ(1, FakeLightSensor::snapshot().constructed);
         EXPECT_EQ(Calls{}, calls());
         reader.enableSensor();
-        EXPECT_EQ(kStartCalls, calls());
-
         FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 321.5f; });
         EXPECT_EQ(321.5f, reader.getAmbientLux(false));
-
         EXPECT_TRUE(reader.disableSensor());
         Calls want = kStartCalls;
         want.insert(want.end(), {"getCurAmbinetLux", "disableSensor", "destroyEventQueue"});
         EXPECT_EQ(want, calls());
         EXPECT_EQ(1, FakeLightSensor::snapshot().destroyed);
 
-        // The manager is gone for good: lux is 0 and nothing is asked any more.
+        // Lux is 0 and nothing is asked any more, not even by a new start.
         EXPECT_EQ(0.0f, reader.getAmbientLux(true));
         EXPECT_TRUE(reader.disableSensor());
         reader.enableSensor();
         EXPECT_EQ(want, calls());
     }
+    EXPECT_EQ(1, FakeLightSensor::snapshot().constructed);
     EXPECT_EQ(1, FakeLightSensor::snapshot().destroyed);
     EXPECT_EQ(0u, mLog.lines().size()) << mLog.dump();
 }
 
 TEST_F(SensorReader, EachStartFailureStopsAndReleasesTheManager) {
-    struct Case {
+    const struct {
         int32_t FakeLightSensorState::*failing;
         size_t callsMade;
         const char* message;
-    };
-    const Case cases[] = {
+    } cases[] = {
             {&FakeLightSensorState::createLightSensorResult, 1, "Failed to create light sensor"},
             {&FakeLightSensorState::createEventQueueResult, 2,
              "Failed to create light sensor event queue"},
             {&FakeLightSensorState::enableSensorResult, 3, "Failed to enable sensor"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         FakeLightSensor::reset();
         mLog.clear();
         FakeLightSensor::update([&](FakeLightSensorState& s) {
@@ -161,7 +147,7 @@ TEST_F(SensorReader, EachStartFailureStopsAndReleasesTheManager) {
     }
 }
 
-TEST_F(SensorReader, LuxFollowsAnAmbientFilterWithTheDefaultSpeeds) {
+TEST_F(SensorReader, LuxFollowsAnAmbientFilterWithTheDefaultSpeedsUntilTheyAreSet) {
     tapr::ProxyUtilsAmbient reference;  // built at the same fake instant as the reader's
     reference.setAmbientFilterRise(0.02f);
     reference.setAmbientFilterFall(0.004f);
@@ -171,26 +157,19 @@ TEST_F(SensorReader, LuxFollowsAnAmbientFilterWithTheDefaultSpeeds) {
     const struct {
         int64_t ms;
         float lux;
-    } steps[] = {{0, 100.0f}, {1000, 900.0f}, {1030, 5.0f}, {4000, 40000.0f}};
+        float rise;  // set on both before the step when not 0
+    } steps[] = {{0, 100.0f, 0}, {1000, 900.0f, 0}, {1030, 5.0f, 0}, {4000, 40000.0f, 1.0f}};
     for (const auto& step : steps) {
+        if (step.rise != 0) {
+            reader.setAmbientFilterRise(step.rise);
+            reference.setAmbientFilterRise(step.rise);
+        }
         setFakeClockNs(step.ms * 1000000);
         FakeLightSensor::update([&](FakeLightSensorState& s) { s.lux = step.lux; });
         EXPECT_EQ(reference.Filter(step.lux), reader.getAmbientLux(true)) << step.ms;
         // The raw value is the manager's, unfiltered.
         EXPECT_EQ(step.lux, reader.getAmbientLux(false));
     }
-}
-
-TEST_F(SensorReader, AmbientSpeedSettersReachTheFilter) {
-    tavixPrism::TpSensorReader reader;
-    reader.enableSensor();
-    FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 10.0f; });
-    EXPECT_EQ(10.0f, reader.getAmbientLux(true));
-    // A rise speed of 1 takes any step 50 ms or more after the last update whole.
-    reader.setAmbientFilterRise(1.0f);
-    setFakeClockNs(100 * 1000000);
-    FakeLightSensor::update([](FakeLightSensorState& s) { s.lux = 500.0f; });
-    EXPECT_NEAR(500.0f, reader.getAmbientLux(true), 0.01f);
 }
 
 TEST_F(SensorReader, BrightnessFilterIsSharedByBothEntryPoints) {

@@ -1,5 +1,7 @@
 # Tests of the light sensor manager, the sensor service stand-in and sensord. Included by
 # tests/sensor/CMakeLists.txt; adds the executable sensor_manager_tests when its libraries exist.
+# The manager against sensord over the real driver is covered by the service's multi-process
+# and fault tests.
 
 if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
         AND TARGET tps_test_common)
@@ -25,39 +27,10 @@ if(TARGET host_sensorservice AND TARGET tps_sensord_core AND TARGET tps_config
             ${TPS_SENSOR_TEST_DIR}/../../sensor)
     endif()
     target_include_directories(sensor_manager_tests PRIVATE ${TPS_SENSOR_TEST_DIR})
-    target_compile_definitions(sensor_manager_tests PRIVATE
-        FILTERLAB_TRACES_DIR="${TPS_SENSOR_TEST_DIR}/../../tools/filterlab/traces")
     target_link_libraries(sensor_manager_tests PRIVATE host_sensorservice tps_sensord_core
         tps_config tps_test_common GTest::gtest_main Threads::Threads)
     # sensorservice_LinkSeams.cpp records transactions and scheduler policies through these.
     target_link_options(sensor_manager_tests PRIVATE
         -Wl,--wrap=AIBinder_transact -Wl,--wrap=AIBinder_setMinSchedulerPolicy)
     gtest_discover_tests(sensor_manager_tests)
-
-    # The manager against sensord in its own process, on the real driver (in the binder VM).
-    if(TARGET sensord AND TARGET servicemanager)
-        add_executable(sensor_multiprocess_tests
-            ${TPS_SENSOR_TEST_DIR}/lightsensormanager_MultiProcessTest.cpp
-            ${TPS_SENSOR_TEST_DIR}/sensorservice_TestUtil.cpp
-        )
-        if(TARGET tps_light_sensor_manager)
-            target_link_libraries(sensor_multiprocess_tests PRIVATE tps_light_sensor_manager)
-        else()
-            target_sources(sensor_multiprocess_tests PRIVATE
-                ${TPS_SENSOR_TEST_DIR}/../../sensor/TPLightSensorManagerAIDL.cpp)
-            target_include_directories(sensor_multiprocess_tests PRIVATE
-                ${TPS_SENSOR_TEST_DIR}/../../sensor)
-        endif()
-        target_include_directories(sensor_multiprocess_tests PRIVATE ${TPS_SENSOR_TEST_DIR})
-        target_compile_definitions(sensor_multiprocess_tests PRIVATE
-            SENSORD_PATH="$<TARGET_FILE:sensord>"
-            SERVICEMANAGER_PATH="$<TARGET_FILE:servicemanager>")
-        target_link_libraries(sensor_multiprocess_tests PRIVATE host_sensorservice tps_config
-            tps_test_common GTest::gtest Threads::Threads)
-        add_dependencies(sensor_multiprocess_tests sensord servicemanager)
-        add_test(NAME sensor_multiprocess_tests
-            COMMAND ${CMAKE_CURRENT_LIST_DIR}/../../tools/vm/run-in-vm --timeout 600 --
-                    $<TARGET_FILE:sensor_multiprocess_tests>)
-        set_tests_properties(sensor_multiprocess_tests PROPERTIES LABELS vm TIMEOUT 700)
-    endif()
 endif()
