@@ -127,7 +127,7 @@ bool SystemBench::startSystem() {
     if (sensors.get() == nullptr) return false;
 
     mService = std::make_unique<svcmp::Process>(std::vector<std::string>{SERVICE_PATH},
-                                                mDir + "/service.log", mOptions.serviceEnv);
+                                                mDir + "/service.log");
     mTps = svcmp::waitForTps();
     return mTps != nullptr;
 }

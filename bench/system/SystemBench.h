@@ -14,7 +14,6 @@ namespace sysbench {
 
 struct Options {
     bool quick = false;
-    std::vector<std::string> serviceEnv;  // NAME=VALUE, for the service process only
 };
 
 // The real service process beside servicemanager, sensord (lux fed through a pipe) and client

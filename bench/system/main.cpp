@@ -1,6 +1,5 @@
 // System benchmarks of the service process on the binder driver; see bench/README.md.
 //   tools/vm/run-in-vm --smp 1 -- build-bench/bench/system/system_bench [--quick] [--no-thp]
-//       [--service-env NAME=VALUE]...
 #include <limits.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -24,11 +23,8 @@ int main(int argc, char** argv) {
         } else if (strcmp(argv[i], "--no-thp") == 0) {
             // Inherited by every process started from here: shows what huge pages cost.
             if (prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0) != 0) perror("system_bench: --no-thp");
-        } else if (strcmp(argv[i], "--service-env") == 0 && i + 1 < argc) {
-            options.serviceEnv.push_back(argv[++i]);
         } else {
-            fprintf(stderr,
-                    "usage: system_bench [--quick] [--no-thp] [--service-env NAME=VALUE]...\n");
+            fprintf(stderr, "usage: system_bench [--quick] [--no-thp]\n");
             return 2;
         }
     }
