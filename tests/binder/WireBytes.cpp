@@ -1,7 +1,5 @@
 #include "WireBytes.h"
 
-#include <stdio.h>
-
 #include "Parcel.h"
 
 namespace wire {
@@ -29,15 +27,12 @@ AParcel* parcelOf(const Bytes& bytes) {
     return parcel;
 }
 
-std::string hex(const Bytes& bytes) {
-    std::string out;
-    char buf[4];
-    for (size_t i = 0; i < bytes.size(); i++) {
-        if (i > 0 && i % 4 == 0) out += ' ';
-        snprintf(buf, sizeof(buf), "%02x", bytes[i]);
-        out += buf;
-    }
-    return out;
+AIBinder_Class* plainClass(const char* descriptor) {
+    return AIBinder_Class_define(
+            descriptor, [](void* args) { return args; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
+                return STATUS_OK;
+            });
 }
 
 }  // namespace wire
