@@ -1,3 +1,5 @@
+#include "AllocationCounter.h"
+
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -9,28 +11,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <new>
 #include <string>
 #include <thread>
 #include <vector>
-
-namespace {
-
-thread_local size_t tAllocations = 0;
-
-}  // namespace
-
-void* operator new(size_t size) {
-    ++tAllocations;
-    if (void* p = malloc(size == 0 ? 1 : size)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-    free(p);
-}
-void operator delete(void* p, size_t) noexcept {
-    free(p);
-}
 
 namespace {
 
@@ -151,18 +134,18 @@ TEST_F(PropertyCache, RepeatedReadsAllocateNothing) {
     EXPECT_EQ(3, property_get_int32("persist.vendor.tavix.loglevel", 2));
     EXPECT_EQ(2, property_get_int32("persist.vendor.absent.for.a.long.name", 2));
 
-    size_t before = tAllocations;
+    size_t before = threadAllocations();
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(3, property_get_int32("persist.vendor.tavix.loglevel", 2));
         EXPECT_EQ(2, property_get_int32("persist.vendor.absent.for.a.long.name", 2));
     }
-    EXPECT_EQ(before, tAllocations);
+    EXPECT_EQ(before, threadAllocations());
 
     // Nor does the read again after another process's set.
     ASSERT_TRUE(setInChild("persist.vendor.tavix.loglevel", "4"));
-    before = tAllocations;
+    before = threadAllocations();
     EXPECT_EQ(4, property_get_int32("persist.vendor.tavix.loglevel", 2));
-    EXPECT_EQ(before, tAllocations);
+    EXPECT_EQ(before, threadAllocations());
 }
 
 // Readers on several threads while one thread counts up: no thread ever sees the count go back,
