@@ -170,7 +170,11 @@ struct DriverHold {
     int nodes = 0;
     int refs = 0;
     int buffers = 0;
-    bool operator==(const DriverHold&) const = default;
+    // A leak only ever adds: a sensor session that was open at the first look may since have
+    // closed and released its listener node.
+    bool within(const DriverHold& limit) const {
+        return nodes <= limit.nodes && refs <= limit.refs && buffers <= limit.buffers;
+    }
 };
 
 DriverHold driverHold(pid_t pid) {
@@ -197,13 +201,13 @@ std::string describe(const DriverHold& h) {
            std::to_string(h.buffers) + " buffers";
 }
 
-// Polls until `pid`'s hold equals `expected` (the driver frees things asynchronously).
+// Polls until `pid`'s hold is within `expected` (the driver frees things asynchronously).
 bool settlesAt(pid_t pid, const DriverHold& expected, DriverHold* last) {
     const auto end = Clock::now() + kPatience;
-    while (!((*last = driverHold(pid)) == expected) && Clock::now() < end) {
+    while (!(*last = driverHold(pid)).within(expected) && Clock::now() < end) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    return *last == expected;
+    return last->within(expected);
 }
 
 std::vector<std::string> lines(const std::string& path) {
@@ -395,7 +399,7 @@ TEST_F(LoadTest, ManyClientsLeaveNothingBehind) {
     EXPECT_EQ(deadRefs(servicePid), 0);
     EXPECT_EQ(driverHold(servicePid).buffers, 0);
     EXPECT_TRUE(settlesAt(servicePid, serviceBefore, &last))
-            << describe(last) << " instead of " << describe(serviceBefore);
+            << describe(last) << " instead of at most " << describe(serviceBefore);
     EXPECT_TRUE(settlesAt(getpid(), selfBefore, &last)) << describe(last);
     EXPECT_TRUE(settlesAt(mManager->pid(), managerBefore, &last)) << describe(last);
 
