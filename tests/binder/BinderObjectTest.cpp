@@ -67,7 +67,8 @@ TEST(BinderLifecycleTest, LocalBindersKeepTheirOwnClassObject) {
     Recorder recorder;
     ndk::SpAIBinder binder(AIBinder_new(thingClass(), &recorder));
     EXPECT_TRUE(AIBinder_associateClass(binder.get(), thingClass()));
-    EXPECT_FALSE(AIBinder_associateClass(binder.get(), plainClass("test.IThing")))
+    static AIBinder_Class* twin = plainClass("test.IThing");  // classes live as long as the process
+    EXPECT_FALSE(AIBinder_associateClass(binder.get(), twin))
             << "same descriptor but another class object";
     EXPECT_FALSE(AIBinder_associateClass(binder.get(), nullptr));
     EXPECT_EQ(AIBinder_getClass(binder.get()), thingClass());

@@ -213,9 +213,11 @@ TEST_F(ProxyTransportTest, StabilityMatrixVendorFlagStrippingAndDeadRemotes) {
 
 TEST_F(ProxyTransportTest, ProxiesAskTheirDescriptorOnceAndTravelAsHandles) {
     ndk::SpAIBinder binder = receive(12, 0x3f);
-    EXPECT_FALSE(AIBinder_associateClass(binder.get(), plainClass("test.IOther")));
+    static AIBinder_Class* other = plainClass("test.IOther");  // classes live as long as the process
+    static AIBinder_Class* twin = plainClass("test.IRemote");
+    EXPECT_FALSE(AIBinder_associateClass(binder.get(), other));
     EXPECT_TRUE(AIBinder_associateClass(binder.get(), remoteClass()));
-    EXPECT_TRUE(AIBinder_associateClass(binder.get(), plainClass("test.IRemote")));
+    EXPECT_TRUE(AIBinder_associateClass(binder.get(), twin));
     EXPECT_EQ(AIBinder_getClass(binder.get()), remoteClass()) << "first class stays canonical";
     int interfaceCalls = 0;
     for (const auto& c : transport->calls) interfaceCalls += c.code == kInterfaceCode;
