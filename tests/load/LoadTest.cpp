@@ -22,6 +22,7 @@
 #include <sstream>
 #include <thread>
 
+#include "MpTestUtil.h"
 #include "service_Harness.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -165,7 +166,7 @@ long rssKiB(pid_t pid) {
     return -1;
 }
 
-// What the driver holds for one process, from the debugfs "state" file.
+// What the driver holds for one process.
 struct DriverHold {
     int nodes = 0;
     int refs = 0;
@@ -178,22 +179,8 @@ struct DriverHold {
 };
 
 DriverHold driverHold(pid_t pid) {
-    std::istringstream state(readFile("/sys/kernel/debug/binder/state"));
-    const std::string header = "proc " + std::to_string(pid);
-    DriverHold hold;
-    bool inside = false;
-    std::string line;
-    while (std::getline(state, line)) {
-        if (line.rfind("proc ", 0) == 0) inside = line == header;
-        if (!inside || line.empty() || line[0] != ' ') continue;
-        std::istringstream words(line);
-        std::string kind;
-        words >> kind;
-        hold.nodes += kind == "node";
-        hold.refs += kind == "ref";
-        hold.buffers += kind == "buffer";
-    }
-    return hold;
+    const mptest::ProcState state = mptest::binderProcState(pid);
+    return {state.nodes, state.refs, state.buffers};
 }
 
 std::string describe(const DriverHold& h) {
