@@ -256,10 +256,13 @@ int main(int argc, char** argv) {
         raw.insert(raw.end(), r.begin(), r.end());
         ndk.insert(ndk.end(), n.begin(), n.end());
     }
-    for (pid_t pid : {ndkServerPid, rawServerPid, manager}) {
-        kill(pid, SIGKILL);
+    // SIGTERM lets a profiler wrapping the servers write its results; the manager needs SIGKILL.
+    for (pid_t pid : {ndkServerPid, rawServerPid}) {
+        kill(pid, SIGTERM);
         waitpid(pid, nullptr, 0);
     }
+    kill(manager, SIGKILL);
+    waitpid(manager, nullptr, 0);
     if (raw.empty() || ndk.empty()) {
         fprintf(stderr, "driver_bench: a client failed\n");
         return 1;

@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,8 +48,8 @@ std::u16string ABBinder::interfaceDescriptor() {
 binder_status_t ABBinder::transact(transaction_code_t code, const AParcel& data, AParcel* reply,
                                    binder_flags_t flags) {
     // Handlers always get a reply to write into, even for oneway calls.
-    AParcel scratch(this);
-    if (reply == nullptr) reply = &scratch;
+    std::optional<AParcel> scratch;
+    if (reply == nullptr) reply = &scratch.emplace(this);
 
     data.setDataPosition(0);
     if ((flags & FLAG_CLEAR_BUF) != 0) reply->markSensitive();

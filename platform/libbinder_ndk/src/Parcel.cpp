@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "ABBinder.h"
 #include "ABpBinder.h"
@@ -18,6 +19,8 @@ using abinder::ABBinder;
 using abinder::ABpBinder;
 
 namespace {
+
+constexpr size_t kInitialCapacity = 256;
 
 constexpr size_t padSize(size_t len) {
     return (len + 3) & ~size_t{3};
@@ -70,13 +73,20 @@ binder_status_t AParcel::validateRead(size_t upperBound) const {
 }
 
 bool AParcel::growTo(size_t newSize) {
-    if (newSize > mOwned.capacity() && mSensitive) {
-        // Reallocate by hand so the old copy can be wiped.
-        std::vector<uint8_t> bigger;
-        bigger.reserve(std::max(newSize, mOwned.capacity() * 2));
-        bigger.assign(mOwned.begin(), mOwned.end());
-        zeroMemory(mOwned.data(), mOwned.size());
-        mOwned.swap(bigger);
+    if (newSize > mOwned.capacity()) {
+        // Room for a typical call at the first write, then doubling: one allocation per parcel
+        // in the common case instead of one per small write.
+        const size_t capacity = std::max({newSize, mOwned.capacity() * 2, kInitialCapacity});
+        if (mSensitive) {
+            // Reallocate by hand so the old copy can be wiped.
+            std::vector<uint8_t> bigger;
+            bigger.reserve(capacity);
+            bigger.assign(mOwned.begin(), mOwned.end());
+            zeroMemory(mOwned.data(), mOwned.size());
+            mOwned.swap(bigger);
+        } else {
+            mOwned.reserve(capacity);
+        }
     }
     mOwned.resize(newSize);
     return true;
@@ -107,12 +117,15 @@ void AParcel::freeData() {
     dropHeld();
     mAdopted = nullptr;
     mAdoptedSize = 0;
+    releaseAdopted();
     mTransport.reset();
-    if (mRelease) {
-        ReleaseFn release = std::move(mRelease);
-        mRelease = nullptr;
-        release();
-    }
+}
+
+void AParcel::releaseAdopted() {
+    if (mReceived.release == nullptr || mTransport == nullptr) return;
+    const Received received = std::exchange(mReceived, Received{});
+    received.release(*mTransport, received.data, received.size, received.objects,
+                     received.objectCount);
 }
 
 binder_status_t AParcel::setData(const uint8_t* buffer, size_t len) {
@@ -129,7 +142,7 @@ void AParcel::adopt(std::shared_ptr<abinder::Transport> transport, const uint8_t
     mAdopted = data;
     mAdoptedSize = size;
     mObjects.assign(objects, objects + objectCount);
-    mRelease = std::move(release);
+    mReceived = {release, data, size, objects, objectCount};
     // An empty adopted buffer may come with a null pointer; keep data() non-null regardless.
     if (mAdopted == nullptr) mAdoptedSize = 0;
 }

@@ -6,7 +6,6 @@
 #include <stdint.h>
 #include <string.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,7 +26,10 @@ class Transport;
 // Not thread-safe: a parcel belongs to one thread at a time. The read position is mutable so that
 // reads work on const parcels, as the C API requires.
 struct AParcel {
-    using ReleaseFn = std::function<void()>;
+    // Hands an adopted buffer back to the transport it came from. A plain function, so that
+    // adopting a buffer allocates nothing.
+    using ReleaseFn = void (*)(abinder::Transport& transport, const uint8_t* data, size_t size,
+                               const binder_size_t* objects, size_t objectCount);
 
     // binder: the object this parcel is prepared for (AIBinder_prepareTransaction) or null.
     explicit AParcel(const AIBinder* binder = nullptr);
@@ -104,13 +106,15 @@ struct AParcel {
     void markSensitive() const { mSensitive = true; }
     bool allowFds() const { return mAllowFds; }
 
-    // Takes over a buffer received from transport. The bytes must stay valid until release runs.
+    // Takes over a buffer received from transport. The bytes and offsets must stay valid until
+    // release runs, with the same arguments.
     void adopt(std::shared_ptr<abinder::Transport> transport, const uint8_t* data, size_t size,
                const binder_size_t* objects, size_t objectCount, ReleaseFn release);
 
 private:
     binder_status_t validateRead(size_t upperBound) const;
     bool growTo(size_t newSize);
+    void releaseAdopted();
     void makeOwned();
     void dropHeld();
 
@@ -125,7 +129,15 @@ private:
     std::vector<uint8_t> mOwned;
     const uint8_t* mAdopted = nullptr;
     size_t mAdoptedSize = 0;
-    ReleaseFn mRelease;
+    // What adopt() was given, kept for release even once writes have copied the bytes.
+    struct Received {
+        ReleaseFn release = nullptr;
+        const uint8_t* data = nullptr;
+        size_t size = 0;
+        const binder_size_t* objects = nullptr;
+        size_t objectCount = 0;
+    };
+    Received mReceived;
     std::shared_ptr<abinder::Transport> mTransport;
 
     mutable size_t mPos = 0;

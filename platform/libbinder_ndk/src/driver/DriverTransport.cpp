@@ -70,25 +70,6 @@ bool stripSecurityContextRequests(const AParcel& parcel, std::vector<uint8_t>* c
     return found;
 }
 
-// A parcel made from a received buffer: descriptors the kernel installed for it are this
-// process's to close, and the buffer goes back when the parcel lets go of it.
-void adoptReceived(AParcel& parcel, const std::shared_ptr<Transport>& transport,
-                   ReceivedBuffer&& received) {
-    auto buffer = std::make_shared<ReceivedBuffer>(std::move(received));
-    parcel.adopt(transport, buffer->data(), buffer->size(), buffer->offsets(),
-                 buffer->offsetCount(), [buffer] {
-                     for (size_t i = 0; i < buffer->offsetCount(); ++i) {
-                         const binder_size_t offset = buffer->offsets()[i];
-                         if (offset + sizeof(flat_binder_object) > buffer->size()) continue;
-                         flat_binder_object object;
-                         memcpy(&object, buffer->data() + offset, sizeof(object));
-                         if (object.hdr.type == BINDER_TYPE_FD)
-                             close(static_cast<int>(object.handle));
-                     }
-                     buffer->reset();
-                 });
-}
-
 }  // namespace
 
 std::shared_ptr<DriverTransport> DriverTransport::open(const std::string& path) {
@@ -115,6 +96,30 @@ int DriverTransport::becomeContextManager(AIBinder* object) {
     return 0;
 }
 
+// ---- received buffers
+// ----------------------------------------------------------------------------
+
+void DriverTransport::adoptReceived(AParcel& parcel, ReceivedBuffer&& received) {
+    parcel.adopt(shared_from_this(), received.data(), received.size(), received.offsets(),
+                 received.offsetCount(), releaseReceived);
+    received.release();
+}
+
+// Descriptors the kernel installed for the buffer are this process's to close.
+void DriverTransport::releaseReceived(Transport& transport, const uint8_t* data, size_t size,
+                                      const binder_size_t* objects, size_t objectCount) {
+    for (size_t i = 0; i < objectCount; ++i) {
+        const binder_size_t offset = objects[i];
+        if (offset + sizeof(flat_binder_object) > size) continue;
+        flat_binder_object object;
+        memcpy(&object, data + offset, sizeof(object));
+        if (object.hdr.type == BINDER_TYPE_FD) close(static_cast<int>(object.handle));
+    }
+    DriverProcess& process = *static_cast<DriverTransport&>(transport).mProcess;
+    // The kernel identifies a buffer by the address of its data.
+    if (!process.forked()) process.thread().freeBuffer(reinterpret_cast<uintptr_t>(data));
+}
+
 // ---- outgoing
 // ------------------------------------------------------------------------------------
 
@@ -131,7 +136,7 @@ binder_status_t DriverTransport::transact(uint32_t handle, transaction_code_t co
             handle, code, out, flags, oneway || reply == nullptr ? nullptr : &received);
     if (status != STATUS_OK || oneway || reply == nullptr || received.empty()) return status;
 
-    adoptReceived(*reply, shared_from_this(), std::move(received));
+    adoptReceived(*reply, std::move(received));
     return STATUS_OK;
 }
 
@@ -235,7 +240,7 @@ void DriverTransport::onTransaction(DriverThread& thread, IncomingTransaction& t
     {
         SchedulerBoost boost(policy);
         AParcel data;
-        adoptReceived(data, shared_from_this(), std::move(txn.data));
+        adoptReceived(data, std::move(txn.data));
         AParcel reply;
         binder_status_t status;
         {

@@ -63,6 +63,10 @@ public:
 
 private:
     DriverTransport() = default;
+    // Makes parcel the owner of a received buffer: it goes back when the parcel lets go of it.
+    void adoptReceived(AParcel& parcel, ReceivedBuffer&& received);
+    static void releaseReceived(Transport& transport, const uint8_t* data, size_t size,
+                                const binder_size_t* objects, size_t objectCount);
     // A new strong reference to the object a call is for, or null.
     AIBinder* callTarget(const IncomingTransaction& txn);
 

@@ -37,6 +37,10 @@ void ReceivedBuffer::reset() {
     if (mProcess == nullptr) return;
     // The kernel identifies a buffer by the address of its data.
     if (!mProcess->forked()) mProcess->thread().freeBuffer(reinterpret_cast<uintptr_t>(mData));
+    release();
+}
+
+void ReceivedBuffer::release() {
     mProcess.reset();
     mData = nullptr;
     mSize = 0;

@@ -33,6 +33,9 @@ public:
     size_t offsetCount() const { return mOffsetCount; }
 
     void reset();
+    // Gives the buffer up without freeing it; whoever takes it frees it through
+    // DriverProcess::thread().freeBuffer(data()'s address).
+    void release();
 
 private:
     std::shared_ptr<DriverProcess> mProcess;
