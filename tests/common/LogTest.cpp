@@ -3,6 +3,7 @@
 #include <android/log.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <string>
@@ -85,6 +86,24 @@ TEST(LogOutput, DefaultLoggerWritesThreadtimeLinesPerMessageLine) {
     ASSERT_TRUE(parseThreadtime(texts[2], line)) << texts[2];
     EXPECT_EQ('E', line.priority);
     EXPECT_EQ("AVeryLongTagName", line.tagField);
+}
+
+TEST(LogOutput, ForkedChildWritesItsOwnProcessAndThreadIds) {
+    pid_t child = -1;
+    std::string out = captureStderr([&child] {
+        __android_log_write(ANDROID_LOG_INFO, "Tag", "parent");
+        child = fork();
+        if (child == 0) {
+            __android_log_write(ANDROID_LOG_INFO, "Tag", "child");
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+    });
+    const size_t second = out.find('\n') + 1;
+    int pid = 0, tid = 0;
+    ASSERT_EQ(2, sscanf(out.c_str() + second, "%*s %*s %d %d", &pid, &tid)) << out;
+    EXPECT_EQ(child, pid) << out;
+    EXPECT_EQ(child, tid) << out;
 }
 
 TEST(LogOutput, ConcurrentWritersNeverInterleaveWithinALine) {
