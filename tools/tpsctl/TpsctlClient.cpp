@@ -227,7 +227,10 @@ int runCommand(const Options& options) {
             std::vector<int32_t> ids;
             if (reportFailure("getDisplayIDs", service->getDisplayIDs(&ids))) return 1;
             std::string text;
-            for (int32_t id : ids) text += (text.empty() ? "" : ",") + std::to_string(id);
+            for (int32_t id : ids) {
+                if (!text.empty()) text += ',';
+                text += std::to_string(id);
+            }
             std::cout << text << std::endl;
             return 0;
         }
