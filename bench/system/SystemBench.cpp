@@ -1,6 +1,7 @@
 #include "SystemBench.h"
 
 #include <android/binder_manager.h>
+#include <cutils/properties.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -25,6 +26,8 @@ constexpr int kMaxClientProcesses = 8;
 constexpr float kRestingLux = 100.0f;
 const char* const kSensorInstance = "android.frameworks.sensorservice.ISensorManager/default";
 // In the order one fan-out pair sends them.
+constexpr char kLogLevelProperty[] = "persist.vendor.tavix.loglevel";
+
 const char* const kEvents[] = {"Callback_TavixRenderStart", "Callback_TavixLogoStart",
                                "Callback_TavixRenderStop", "Callback_TavixLogoStop"};
 
@@ -264,37 +267,52 @@ bool SystemBench::memoryFigure() {
 bool SystemBench::fanOutFigure() {
     printf("\n== fan-out: registerProcessor(false) + unregisterProcessor(), four fan-outs, "
            "against 4 x N direct calls\n   to the same callbacks from one thread; microseconds, "
-           "medians\n");
-    printf("%8s %7s %10s %12s %12s %7s\n", "clients", "layout", "pair", "pair-pair(0)", "4N calls",
-           "ratio");
+           "medians; \"quiet\": the same pair at log level 0\n");
+    printf("%8s %7s %10s %12s %12s %7s %12s %7s\n", "clients", "layout", "pair", "pair-pair(0)",
+           "4N calls", "ratio", "quiet p-p(0)", "ratio");
     double pairZero = 0;
+    double quietZero = 0;
     for (const int n : {0, 1, 4, 16, 64}) {
         if (!startClients(n)) return false;
         const std::vector<std::shared_ptr<ITpsCallback>> callbacks = clientCallbacks();
         if (callbacks.size() != static_cast<size_t>(n)) return false;
         // Small sizes are cheap: more rounds there steady the subtraction of pair(0).
         const int rounds = mOptions.quick ? 5 : n <= 16 ? 150 : 60;
-        std::vector<int64_t> pairs, direct;
-        for (int r = -3; r < rounds; ++r) {  // three rounds of warm-up
-            const int64_t pair = fanOutPair();
-            const int64_t start = nowNs();
-            for (const char* event : kEvents) {
-                for (const auto& callback : callbacks) {
-                    if (!callback->onTavixNotification(event).isOk()) return false;
+        std::vector<int64_t> pairs, quietPairs, direct;
+        for (const bool quiet : {false, true}) {
+            // The service reads the level before every message, so this takes effect at once.
+            property_set(kLogLevelProperty, quiet ? "0" : "2");
+            for (int r = -3; r < rounds; ++r) {  // three rounds of warm-up
+                const int64_t pair = fanOutPair();
+                const int64_t start = nowNs();
+                for (const char* event : kEvents) {
+                    for (const auto& callback : callbacks) {
+                        if (!callback->onTavixNotification(event).isOk()) return false;
+                    }
                 }
+                if (r < 0) continue;
+                (quiet ? quietPairs : pairs).push_back(pair);
+                if (!quiet) direct.push_back(nowNs() - start);
             }
-            if (r < 0) continue;
-            pairs.push_back(pair);
-            direct.push_back(nowNs() - start);
         }
+        property_set(kLogLevelProperty, "2");
         const double pair = percentileUs(pairs, 0.5);
-        if (n == 0) pairZero = pair;
+        const double quiet = percentileUs(quietPairs, 0.5);
+        if (n == 0) {
+            pairZero = pair;
+            quietZero = quiet;
+        }
         const double calls = percentileUs(direct, 0.5);
         const std::string layout = n == 0 ? "-"
                                           : std::to_string(mClients.size()) + "x" +
                                                     std::to_string(mClients.front().callbacks);
         printf("%8d %7s %10.1f %12.1f %12.1f", n, layout.c_str(), pair, pair - pairZero, calls);
-        if (n > 0) printf(" %7.2f", (pair - pairZero) / calls);
+        if (n > 0) {
+            printf(" %7.2f %12.1f %7.2f", (pair - pairZero) / calls, quiet - quietZero,
+                   (quiet - quietZero) / calls);
+        } else {
+            printf(" %7s %12.1f", "", quiet);
+        }
         printf("\n");
         if (n > 0 && !killClients()) return false;
     }
