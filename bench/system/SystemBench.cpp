@@ -1,7 +1,6 @@
 #include "SystemBench.h"
 
 #include <android/binder_manager.h>
-#include <cutils/properties.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -16,6 +15,7 @@
 
 #include "CallbackHost.h"
 #include "ProcessMemory.h"
+#include "TpsLog.h"
 #include "TransactionTrace.h"
 
 namespace sysbench {
@@ -26,8 +26,6 @@ constexpr int kMaxClientProcesses = 8;
 constexpr float kRestingLux = 100.0f;
 const char* const kSensorInstance = "android.frameworks.sensorservice.ISensorManager/default";
 // In the order one fan-out pair sends them.
-constexpr char kLogLevelProperty[] = "persist.vendor.tavix.loglevel";
-
 const char* const kEvents[] = {"Callback_TavixRenderStart", "Callback_TavixLogoStart",
                                "Callback_TavixRenderStop", "Callback_TavixLogoStop"};
 
@@ -270,6 +268,7 @@ bool SystemBench::fanOutFigure() {
            "medians; \"quiet\": the same pair at log level 0\n");
     printf("%8s %7s %10s %12s %12s %7s %12s %7s\n", "clients", "layout", "pair", "pair-pair(0)",
            "4N calls", "ratio", "quiet p-p(0)", "ratio");
+    const std::string defaultLevel = std::to_string(tps::kDefaultLogLevel);
     double pairZero = 0;
     double quietZero = 0;
     for (const int n : {0, 1, 4, 16, 64}) {
@@ -281,7 +280,7 @@ bool SystemBench::fanOutFigure() {
         std::vector<int64_t> pairs, quietPairs, direct;
         for (const bool quiet : {false, true}) {
             // The service reads the level before every message, so this takes effect at once.
-            property_set(kLogLevelProperty, quiet ? "0" : "2");
+            property_set(tps::kLogLevelProperty, quiet ? "0" : defaultLevel.c_str());
             for (int r = -3; r < rounds; ++r) {  // three rounds of warm-up
                 const int64_t pair = fanOutPair();
                 const int64_t start = nowNs();
@@ -295,7 +294,7 @@ bool SystemBench::fanOutFigure() {
                 if (!quiet) direct.push_back(nowNs() - start);
             }
         }
-        property_set(kLogLevelProperty, "2");
+        property_set(tps::kLogLevelProperty, defaultLevel.c_str());
         const double pair = percentileUs(pairs, 0.5);
         const double quiet = percentileUs(quietPairs, 0.5);
         if (n == 0) {

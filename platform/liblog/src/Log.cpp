@@ -11,7 +11,6 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -109,20 +108,16 @@ void writeThreadtime(const __android_log_message* m) {
     }
 
     char prefix[128];
-    const int prefixLen = snprintf(prefix, sizeof(prefix), "%s.%03ld %5d %5d %c %-8s: ", ids.stamp,
-                                   now.tv_nsec / 1000000, ids.pid, ids.tid,
-                                   priorityLetter(m->priority), m->tag != nullptr ? m->tag : "");
-    const size_t prefixSize =
-            std::min(static_cast<size_t>(std::max(prefixLen, 0)), sizeof(prefix) - 1);
+    snprintf(prefix, sizeof(prefix), "%s.%03ld %5d %5d %c %-8s: ", ids.stamp, now.tv_nsec / 1000000,
+             ids.pid, ids.tid, priorityLetter(m->priority), m->tag != nullptr ? m->tag : "");
 
     std::string out;
-    out.reserve(prefixSize + kFormatBufferSize + 1);
     const char* text = m->message != nullptr ? m->message : "";
     const char* lineStart = text;
     while (true) {
         const char* nl = strchr(lineStart, '\n');
         size_t len = nl != nullptr ? static_cast<size_t>(nl - lineStart) : strlen(lineStart);
-        out.append(prefix, prefixSize);
+        out += prefix;
         out.append(lineStart, len);
         out += '\n';
         if (nl == nullptr || nl[1] == '\0') break;

@@ -100,6 +100,11 @@ void DriverProcess::forgetAfterFork() {
     mDevice->abandonAfterFork();
 }
 
+void DriverProcess::freeBuffer(const uint8_t* data) {
+    // The kernel identifies a buffer by the address of its data.
+    if (!forked()) thread().freeBuffer(reinterpret_cast<uintptr_t>(data));
+}
+
 DriverThread& DriverProcess::thread() {
     if (forked()) fatal("binder used in a forked child");
     std::vector<ThreadSlot>& slots = tSlots.slots;

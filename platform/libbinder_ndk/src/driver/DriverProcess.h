@@ -39,6 +39,8 @@ public:
 
     // The calling thread's state for this process, created on first use.
     DriverThread& thread();
+    // Hands a buffer the kernel delivered back to it; a forked child leaves it to the parent.
+    void freeBuffer(const uint8_t* data);
 
     const BinderDevice& device() const { return *mDevice; }
     DriverHandler& handler() const { return *mHandler; }

@@ -115,9 +115,7 @@ void DriverTransport::releaseReceived(Transport& transport, const uint8_t* data,
         memcpy(&object, data + offset, sizeof(object));
         if (object.hdr.type == BINDER_TYPE_FD) close(static_cast<int>(object.handle));
     }
-    DriverProcess& process = *static_cast<DriverTransport&>(transport).mProcess;
-    // The kernel identifies a buffer by the address of its data.
-    if (!process.forked()) process.thread().freeBuffer(reinterpret_cast<uintptr_t>(data));
+    static_cast<DriverTransport&>(transport).mProcess->freeBuffer(data);
 }
 
 // ---- outgoing

@@ -35,8 +35,7 @@ ReceivedBuffer& ReceivedBuffer::operator=(ReceivedBuffer&& other) noexcept {
 
 void ReceivedBuffer::reset() {
     if (mProcess == nullptr) return;
-    // The kernel identifies a buffer by the address of its data.
-    if (!mProcess->forked()) mProcess->thread().freeBuffer(reinterpret_cast<uintptr_t>(mData));
+    mProcess->freeBuffer(mData);
     release();
 }
 

@@ -33,8 +33,8 @@ public:
     size_t offsetCount() const { return mOffsetCount; }
 
     void reset();
-    // Gives the buffer up without freeing it; whoever takes it frees it through
-    // DriverProcess::thread().freeBuffer(data()'s address).
+    // Gives the buffer up without freeing it; whoever takes it frees it with
+    // DriverProcess::freeBuffer(data()).
     void release();
 
 private:
